@@ -12,7 +12,7 @@ printf 'bare\n' >tool
 printf 'no newline at end' >tool_-a_%2Fdev%2Fada%2A
 printf 'half\n' >'tool_a%7Cb' && echo 'tool: device gone' >'tool_a%7Cb.stderr' && echo 5 >'tool_a%7Cb.rc'
 echo 'tool: no such thing' >tool_gone.stderr && echo 64 >tool_gone.rc
-# shellcheck disable=SC2016 # expanded by the stand-in
+# shellcheck disable=SC2016,SC2028 # expanded by the stand-in
 echo 'printf "live:%s\n" "$2"; exit 3' >tool_live_x.sh
 echo 0 >tool_silent.rc
 
