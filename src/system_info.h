@@ -1,0 +1,67 @@
+// Shared record types, constants and process-wide state.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+using BYTE  = unsigned char;
+using DWORD = unsigned long;
+
+constexpr const char* VYN_VERSION  = "1.7.0";
+constexpr const char* VYN_BUILD    = "220503";
+constexpr const char* VYN_PROTOCOL = "0x01";
+
+constexpr std::size_t RECORD_SIZE = 512; // a record's text field: 511 characters and the terminator
+
+// One text record of a collector.
+struct list {
+    int no;
+    char parm[RECORD_SIZE];
+    list* next;
+};
+
+// Ends the process with `status` after flushing standard output, without running destructors
+// under threads that may still be at work.
+[[noreturn]] void endProcess(int status);
+
+// Appends a zeroed node at the tail of the list that `head` and `prev` (its last node) describe,
+// makes it `prev` and returns it. Ends the process with status 1 when no memory is left.
+template <class Node>
+Node* appendNode(Node*& head, Node*& prev) {
+    Node* node = new (std::nothrow) Node{};
+    if (node == nullptr)
+        endProcess(1);
+    if (head == nullptr)
+        head = node;
+    else
+        prev->next = node;
+    prev = node;
+    return node;
+}
+
+// Frees every node; the list is empty again.
+template <class Node>
+void freeNodes(Node*& head, Node*& prev) {
+    while (head != nullptr) {
+        Node* next = head->next;
+        delete head;
+        head = next;
+    }
+    prev = nullptr;
+}
+
+// 1: the monitor's next cycle repeats the static pass. Set at monitor start, by the BMC restart
+// monitor and by a BMC request; cleared by the monitor.
+extern std::atomic<int> static_flag;
+
+// 1 until the end of the monitor's first cycle, and always in a one-shot run: the event handlers
+// take such a pass as initialisation.
+extern std::atomic<int> static_first_init;
+
+// 1 when the BMC supports NVMe data.
+extern std::atomic<int> bNVMe;
+
+// Service status as the agent information reports it: 1 running, 0 paused, 2 stopped.
+extern std::atomic<int> mStatus;
