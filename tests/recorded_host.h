@@ -1,0 +1,88 @@
+// A recorded host of a test's own: a folder under /tmp that the simulated platform reads, with
+// stand-in tools first in PATH. It exists as long as the object; one at a time.
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <iterator>
+#include <string>
+#include <system_error>
+#include <unistd.h>
+
+class recorded_host {
+  public:
+    recorded_host() {
+        char name[] = "/tmp/recorded_host.XXXXXX";
+        if (mkdtemp(name) == nullptr) {
+            std::perror("mkdtemp");
+            std::abort();
+        }
+        m_folder = name;
+        std::filesystem::create_directory(m_folder / "bin");
+        const char* path = std::getenv("PATH");
+        m_path = path == nullptr ? "/usr/bin:/bin" : path;
+        setenv("PATH", ((m_folder / "bin").string() + ":" + m_path).c_str(), 1);
+        setenv("VYN_SIM_HOST", m_folder.c_str(), 1);
+    }
+    ~recorded_host() {
+        setenv("PATH", m_path.c_str(), 1);
+        unsetenv("VYN_SIM_HOST");
+        std::error_code ignored;
+        std::filesystem::remove_all(m_folder, ignored);
+    }
+    recorded_host(const recorded_host&) = delete;
+    recorded_host& operator=(const recorded_host&) = delete;
+
+    // Writes a file below the folder, making its folders. A reader sees the old text or the new.
+    void file(const std::string& name, const std::string& text) const {
+        const std::filesystem::path target = m_folder / name;
+        std::filesystem::create_directories(target.parent_path());
+        const std::filesystem::path fresh = target.string() + ".new";
+        std::ofstream(fresh, std::ios::binary) << text;
+        std::filesystem::rename(fresh, target);
+    }
+
+    // Makes bin/NAME a shell script of these lines; its arguments are $1 and on, and
+    // $VYN_SIM_HOST is the folder.
+    void tool(const std::string& name, const std::string& lines) const {
+        file("bin/" + name, "#!/bin/sh\n" + lines + "\n");
+        std::filesystem::permissions(m_folder / "bin" / name, std::filesystem::perms::owner_all);
+    }
+
+    // Makes bin/NAME print the file NAME.LAST, where LAST is its last argument, or fail when there
+    // is no such file.
+    void toolByArgument(const std::string& name) const {
+        tool(name,
+             "for last; do :; done\nexec cat \"$VYN_SIM_HOST/" + name + ".$last\" 2>/dev/null");
+    }
+
+    // Leaves the stand-ins and these programs of the machine as the only ones in PATH.
+    void onlyTools(std::initializer_list<const char*> programs) const {
+        for (const char* program : programs)
+            for (const char* place : {"/bin/", "/usr/bin/", "/usr/local/bin/"})
+                if (std::filesystem::exists(place + std::string(program))) {
+                    std::filesystem::create_symlink(place + std::string(program),
+                                                    m_folder / "bin" / program);
+                    break;
+                }
+        setenv("PATH", (m_folder / "bin").c_str(), 1);
+    }
+
+    void remove(const std::string& name) const {
+        std::filesystem::remove_all(m_folder / name);
+    }
+    std::filesystem::path path(const std::string& name) const {
+        return m_folder / name;
+    }
+    std::string read(const std::string& name) const {
+        std::ifstream stream(m_folder / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+    }
+
+  private:
+    std::filesystem::path m_folder;
+    std::string m_path;
+};
