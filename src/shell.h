@@ -5,7 +5,7 @@
 #include <string>
 #include <sys/types.h>
 
-constexpr int SHELL_DEADLINE_S         = 60;
+constexpr int SHELL_DEADLINE_S = 60;
 constexpr int SHELL_STORAGE_DEADLINE_S = 300;
 constexpr std::size_t SHELL_PIECE_SIZE = 255;
 
@@ -17,14 +17,15 @@ constexpr std::size_t SHELL_PIECE_SIZE = 255;
 // error log. The command text must never hold text that came from a device.
 class shell_capture {
   public:
-    shell_capture(const std::string& command, const char* label,
-                  int deadline_s = SHELL_DEADLINE_S);
+    shell_capture(const std::string& command, const char* label, int deadline_s = SHELL_DEADLINE_S);
     ~shell_capture();
-    shell_capture(const shell_capture&)            = delete;
+    shell_capture(const shell_capture&) = delete;
     shell_capture& operator=(const shell_capture&) = delete;
 
     // False when no child process could be made.
-    bool started() const { return m_pid > 0; }
+    bool started() const {
+        return m_pid > 0;
+    }
 
     // Reads up to `limit` characters, up to and including a newline. False at the end of the
     // output. Zero bytes are left out.
@@ -40,7 +41,7 @@ class shell_capture {
 
     const char* m_label;
     pid_t m_pid = -1;
-    int m_fd    = -1;
+    int m_fd = -1;
     bool m_reaped = false;
     std::string m_buffer;
     std::size_t m_position = 0;

@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <new>
 
-using BYTE  = unsigned char;
+using BYTE = unsigned char;
 using DWORD = unsigned long;
 
-constexpr const char* VYN_VERSION  = "1.7.0";
-constexpr const char* VYN_BUILD    = "220503";
+constexpr const char* VYN_VERSION = "1.7.0";
+constexpr const char* VYN_BUILD = "220503";
 constexpr const char* VYN_PROTOCOL = "0x01";
 
 constexpr std::size_t RECORD_SIZE = 512; // a record's text field: 511 characters and the terminator

@@ -14,7 +14,7 @@ constexpr std::size_t COMMAND_TEXT_SIZE = 1023;
 struct command_request {
     std::string key;
     BYTE option = 0;
-    BYTE value  = 0;
+    BYTE value = 0;
 };
 
 // None for a text without key or rest (logged) or without an option byte.

@@ -10,23 +10,23 @@
 #include <string_view>
 
 // Selectors and what they hold; a count is two bytes, mod 255 and / 255.
-constexpr BYTE PARM_OS_NAME         = 192;
-constexpr BYTE PARM_OS_VERSION      = 193;
-constexpr BYTE PARM_LAN_COUNT       = 194;
-constexpr BYTE PARM_LAN             = 195;
-constexpr BYTE PARM_CPU             = 196;
-constexpr BYTE PARM_MEMORY          = 197;
-constexpr BYTE PARM_STORAGE_COUNT   = 198;
-constexpr BYTE PARM_STORAGE         = 199;
-constexpr BYTE PARM_NETWORK_COUNT   = 200;
-constexpr BYTE PARM_NETWORK         = 201;
-constexpr BYTE PARM_TIME_STAMP      = 202;
-constexpr BYTE PARM_RESERVED        = 203; // only ever cleared
-constexpr BYTE PARM_AGENT           = 204;
-constexpr BYTE PARM_NVME_COUNT      = 205;
-constexpr BYTE PARM_NVME            = 206;
-constexpr BYTE PARM_COMMAND         = 207;
-constexpr BYTE PARM_COMMAND_RESULT  = 208;
+constexpr BYTE PARM_OS_NAME = 192;
+constexpr BYTE PARM_OS_VERSION = 193;
+constexpr BYTE PARM_LAN_COUNT = 194;
+constexpr BYTE PARM_LAN = 195;
+constexpr BYTE PARM_CPU = 196;
+constexpr BYTE PARM_MEMORY = 197;
+constexpr BYTE PARM_STORAGE_COUNT = 198;
+constexpr BYTE PARM_STORAGE = 199;
+constexpr BYTE PARM_NETWORK_COUNT = 200;
+constexpr BYTE PARM_NETWORK = 201;
+constexpr BYTE PARM_TIME_STAMP = 202;
+constexpr BYTE PARM_RESERVED = 203; // only ever cleared
+constexpr BYTE PARM_AGENT = 204;
+constexpr BYTE PARM_NVME_COUNT = 205;
+constexpr BYTE PARM_NVME = 206;
+constexpr BYTE PARM_COMMAND = 207;
+constexpr BYTE PARM_COMMAND_RESULT = 208;
 
 // Uploads a value, which ends at its first zero byte, in chunks of 32 bytes under cmd_lock. For
 // 207 and 208 the first character less '0' travels as the index byte (255 for an empty value). A

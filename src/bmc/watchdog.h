@@ -7,9 +7,9 @@ extern std::atomic<int> watchdogEnabled;   // 1 when the BMC answered the probe
 extern std::atomic<int> watchdogCmd;       // 0xB6 or 0xB3
 extern std::atomic<int> watchdogResetFreq; // seconds between two resets
 
-constexpr int WATCHDOG_RESET_FREQ_START   = 30;
+constexpr int WATCHDOG_RESET_FREQ_START = 30;
 constexpr int WATCHDOG_RESET_FREQ_ENABLED = 5;
-constexpr int WATCHDOG_RESET_FREQ_ABSENT  = 99999999;
+constexpr int WATCHDOG_RESET_FREQ_ABSENT = 99999999;
 
 // Probes the BMC, setting watchdogEnabled and watchdogCmd; returns watchdogEnabled.
 int checkWatchdog();

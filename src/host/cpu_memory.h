@@ -12,8 +12,7 @@ int getCPUUsage();
 float cpu_state();
 // Stores new - old (a negative difference as the signed 32-bit difference of the low halves),
 // copies new over old, returns the sum, or 1 when that is 0.
-long percentages(int cnt, std::int64_t* new_counts, std::int64_t* old_counts,
-                 std::int64_t* diffs);
+long percentages(int cnt, std::int64_t* new_counts, std::int64_t* old_counts, std::int64_t* diffs);
 
 // Samples memory use; with sendCmd 1 uploads the mean of all samples (parameter 197) and starts
 // afresh. Any thread. Returns 0.

@@ -8,8 +8,8 @@ constexpr int IPMI_BUF_SIZE = 1024;
 
 struct ipmi_rq {
     struct {
-        std::uint8_t netfn : 6;
-        std::uint8_t lun : 2;
+        std::uint8_t netfn; // 6 bits
+        std::uint8_t lun;   // 2 bits
         std::uint8_t cmd;
         std::uint8_t target_cmd;
         std::uint16_t data_len;

@@ -54,10 +54,10 @@ struct ipmi_system_interface_addr {
     std::uint8_t lun;
 };
 
-constexpr unsigned long IPMICTL_SEND_COMMAND        = 0x8028690D;
-constexpr unsigned long IPMICTL_RECEIVE_MSG_TRUNC   = 0xC030690B;
+constexpr unsigned long IPMICTL_SEND_COMMAND = 0x8028690D;
+constexpr unsigned long IPMICTL_RECEIVE_MSG_TRUNC = 0xC030690B;
 constexpr unsigned long IPMICTL_SET_GETS_EVENTS_CMD = 0x80046910;
-constexpr unsigned long IPMICTL_SET_MY_ADDRESS_CMD  = 0x80046911;
+constexpr unsigned long IPMICTL_SET_MY_ADDRESS_CMD = 0x80046911;
 
 static_assert(sizeof(void*) != 8 || sizeof(ipmi_req) == 40, "IPMICTL_SEND_COMMAND takes 40 bytes");
 static_assert(sizeof(void*) != 8 || sizeof(ipmi_recv) == 48,
@@ -94,8 +94,8 @@ void outb(std::uint8_t value, std::uint16_t port);
 struct nvme_pt_command {
     std::array<std::uint8_t, 64> cmd{}; // submission entry
     std::array<std::uint8_t, 16> cpl{}; // completion entry, filled by the driver
-    void* buf            = nullptr;     // data buffer of `len` bytes
-    std::uint32_t len     = 0;
+    void* buf = nullptr;                // data buffer of `len` bytes
+    std::uint32_t len = 0;
     std::uint32_t is_read = 0; // 1: data flows from the device
 };
 
@@ -112,7 +112,7 @@ int nvme_passthrough(int fd, nvme_pt_command& command);
 int cp_time(std::array<std::int64_t, 5>& ticks);
 
 // Values of ifmd_flags, the same on every kernel here.
-constexpr unsigned INTERFACE_UP       = 0x1;
+constexpr unsigned INTERFACE_UP = 0x1;
 constexpr unsigned INTERFACE_LOOPBACK = 0x8;
 
 struct ifmibdata {

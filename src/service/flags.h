@@ -4,8 +4,8 @@
 
 #include <sys/ipc.h>
 
-constexpr key_t stop_key      = 5678;
-constexpr key_t pause_key     = 5679;
+constexpr key_t stop_key = 5678;
+constexpr key_t pause_key = 5679;
 constexpr key_t cur_pause_key = 5680;
 
 // One attachment of a flag's segment.

@@ -21,9 +21,13 @@ int destroy();
 
 class scoped_lock {
   public:
-    explicit scoped_lock(pthread_mutex_t& mutex) : m_mutex(mutex) { pthread_mutex_lock(&mutex); }
-    ~scoped_lock() { pthread_mutex_unlock(&m_mutex); }
-    scoped_lock(const scoped_lock&)            = delete;
+    explicit scoped_lock(pthread_mutex_t& mutex) : m_mutex(mutex) {
+        pthread_mutex_lock(&mutex);
+    }
+    ~scoped_lock() {
+        pthread_mutex_unlock(&m_mutex);
+    }
+    scoped_lock(const scoped_lock&) = delete;
     scoped_lock& operator=(const scoped_lock&) = delete;
 
   private:

@@ -1,0 +1,98 @@
+#include "bmc/parameter_upload.h"
+
+#include "config/logs.h"
+#include "service/locks.h"
+#include "smipmi.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <optional>
+
+namespace {
+
+constexpr std::size_t CHUNK_VALUE_SIZE = 32;
+constexpr BYTE EMPTY_VALUE_INDEX = 255;
+
+// The only thread whose uploads still count, once reserveUploads was called. Guarded by cmd_lock.
+std::optional<pthread_t> owner;
+
+struct chunk_builder {
+    BYTE bytes[100] = {};
+    int length = 0;
+
+    void add(std::size_t byte) {
+        bytes[length++] = static_cast<BYTE>(byte);
+    }
+    void addBase255(std::size_t number) {
+        add(number % 255);
+        add(number / 255);
+    }
+};
+
+bool hasIndexByte(BYTE parm) {
+    return parm == PARM_COMMAND || parm == PARM_COMMAND_RESULT;
+}
+
+BYTE sendLocked(const BYTE* chunk, int length) {
+    if (owner.has_value() && pthread_equal(*owner, pthread_self()) == 0)
+        return 0;
+    BYTE response[RESPONSE_SIZE];
+    DWORD response_length = 0;
+    return runIpmiCmd(BMC_ADDRESS, NETFN_APP, CMD_SET_SYSTEM_INFO_PARAMS, chunk, length, response,
+                      &response_length);
+}
+
+void reportRefusal(BYTE parm, BYTE code) {
+    std::printf("cCode : %d\n", code);
+    printIntLog("cCode ->", code);
+    printErrIntLog("ipmi command fail cCode->", code);
+    printErrIntLog("ipmi command fail, parameter->", parm);
+}
+
+void uploadValue(BYTE parm, std::string_view value) {
+    const scoped_lock guard(cmd_lock);
+    BYTE index = EMPTY_VALUE_INDEX;
+    if (hasIndexByte(parm) && !value.empty()) {
+        index = static_cast<BYTE>(value.front() - '0');
+        value.remove_prefix(1);
+    }
+    std::size_t offset = 0;
+    do { // an empty value is one chunk, which clears the parameter
+        const std::string_view piece = value.substr(offset, CHUNK_VALUE_SIZE);
+        chunk_builder chunk;
+        chunk.add(parm);
+        chunk.add(0x10);
+        chunk.addBase255(value.size());
+        chunk.addBase255(offset);
+        chunk.add(piece.size());
+        if (hasIndexByte(parm))
+            chunk.add(index);
+        for (const char c : piece)
+            chunk.add(static_cast<BYTE>(c));
+        const BYTE code = sendLocked(chunk.bytes, chunk.length);
+        if (code != 0)
+            reportRefusal(parm, code);
+        offset += CHUNK_VALUE_SIZE;
+    } while (offset < value.size());
+}
+
+} // namespace
+
+void ipmiCmdSet(BYTE parm, std::string_view buffer) {
+    uploadValue(parm, buffer.substr(0, buffer.find('\0')));
+}
+
+void ipmiCmdSet(BYTE parm, const std::array<BYTE, 2>& count) {
+    const char bytes[2] = {static_cast<char>(count[0]), static_cast<char>(count[1])};
+    uploadValue(parm, std::string_view(bytes, sizeof bytes));
+}
+
+BYTE sendChunk(const BYTE* chunk, int length) {
+    const scoped_lock guard(cmd_lock);
+    return sendLocked(chunk, length);
+}
+
+void reserveUploads() {
+    const scoped_lock guard(cmd_lock);
+    owner = pthread_self();
+}

@@ -1,0 +1,116 @@
+#include "config/configuration.h"
+
+#include "config/logs.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <libconfig.h>
+
+const char* const ini_file = "/opt/norvik/vyn.ini";
+
+std::atomic<int> updateSec{0};
+int nicStatusSel = 1;
+int intelRSTeVROC = 1;
+int raidCard3rdParty = 0;
+std::string raidCards;
+
+namespace {
+
+constexpr int DEFAULT_UPDATE_FREQ = 10;
+constexpr int SHORTEST_UPDATE = 1;
+constexpr int LONGEST_UPDATE = 60;
+
+struct configuration {
+    config_t cfg;
+    configuration() {
+        config_init(&cfg);
+    }
+    ~configuration() {
+        config_destroy(&cfg);
+    }
+    configuration(const configuration&) = delete;
+    configuration& operator=(const configuration&) = delete;
+};
+
+void readSettings(config_t& cfg) {
+    if (config_setting_t* group = config_lookup(&cfg, "Config")) {
+        int seconds = updateSec;
+        config_setting_lookup_int(group, "updateFreq", &seconds);
+        updateSec = seconds;
+    }
+    if (config_setting_t* group = config_lookup(&cfg, "Customize")) {
+        config_setting_lookup_bool(group, "nicStatusSel", &nicStatusSel);
+        config_setting_lookup_bool(group, "intelRsteVroc", &intelRSTeVROC);
+        config_setting_lookup_bool(group, "raidCard3rdParty", &raidCard3rdParty);
+        const char* pattern = nullptr;
+        if (config_setting_lookup_string(group, "raidCards", &pattern) == CONFIG_TRUE)
+            raidCards = pattern;
+    }
+}
+
+void addString(config_setting_t* group, const char* name, const char* value) {
+    config_setting_set_string(config_setting_add(group, name, CONFIG_TYPE_STRING), value);
+}
+
+void addBool(config_setting_t* group, const char* name, int value) {
+    config_setting_set_bool(config_setting_add(group, name, CONFIG_TYPE_BOOL), value);
+}
+
+void addDefaults(config_t& cfg) {
+    config_setting_t* root = config_root_setting(&cfg);
+    config_setting_t* group = config_setting_add(root, "Path", CONFIG_TYPE_GROUP);
+    addString(group, "installedPath", "/opt/norvik");
+    addString(group, "logPath", "/opt/norvik/vyn.log");
+    addString(group, "errlogPath", "/opt/norvik/vyn.err.log");
+    addString(group, "commandlogPath", "/opt/norvik/vyn.com.log");
+
+    group = config_setting_add(root, "Config", CONFIG_TYPE_GROUP);
+    config_setting_t* freq = config_setting_add(group, "updateFreq", CONFIG_TYPE_INT);
+    config_setting_set_int(freq, DEFAULT_UPDATE_FREQ);
+    updateSec = config_setting_get_int(freq);
+
+    group = config_setting_add(root, "Customize", CONFIG_TYPE_GROUP);
+    addBool(group, "nicStatusSel", nicStatusSel);
+    addBool(group, "intelRsteVroc", intelRSTeVROC);
+    addBool(group, "raidCard3rdParty", raidCard3rdParty);
+    addString(group, "raidCards", raidCards.c_str());
+}
+
+bool writeConfiguration(config_t& cfg) {
+    if (config_write_file(&cfg, ini_file) == CONFIG_TRUE)
+        return true;
+    std::fputs("Error while writing file.\n", stderr);
+    return false;
+}
+
+} // namespace
+
+int initIni() {
+    configuration existing;
+    if (config_read_file(&existing.cfg, ini_file) == CONFIG_TRUE) {
+        readSettings(existing.cfg);
+    } else {
+        // A new object: the library may keep half of a file that failed to parse.
+        configuration fresh;
+        addDefaults(fresh.cfg);
+        if (!writeConfiguration(fresh.cfg)) {
+            printErrLog("initIni ", "Error while writing file");
+            return 1;
+        }
+    }
+    updateSec = std::clamp(updateSec.load(), SHORTEST_UPDATE, LONGEST_UPDATE);
+    return 0;
+}
+
+void setUpdateFreq(int seconds) {
+    updateSec = std::clamp(seconds, SHORTEST_UPDATE, LONGEST_UPDATE);
+    configuration existing;
+    if (config_read_file(&existing.cfg, ini_file) != CONFIG_TRUE)
+        return;
+    config_setting_t* group = config_lookup(&existing.cfg, "Config");
+    config_setting_t* freq =
+        group == nullptr ? nullptr : config_setting_get_member(group, "updateFreq");
+    if (freq != nullptr)
+        config_setting_set_int(freq, updateSec);
+    writeConfiguration(existing.cfg);
+}
