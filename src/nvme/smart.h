@@ -1,6 +1,48 @@
 // Health of every NVMe controller.
 #pragma once
 
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+constexpr int NVME_SLOTS = 48;                // devices reported at most
+constexpr std::size_t NVME_RECORD_SIZE = 254; // characters of a record
+
+// What one device says, as terminated texts, in the order of the record.
+struct nvme_smart_log_norvik {
+    char device_name[12];
+    char critical_warning[10];
+    char temperature[10]; // "%2.2f C"
+    char avail_spare[10]; // the next three with "%"
+    char spare_thresh[10];
+    char percent_used[10];
+    char data_units_read[30]; // counters, at most 2^63 - 1
+    char data_units_written[30];
+    char host_reads[30];
+    char host_writes[30];
+    char ctrl_busy_time[30];
+    char power_cycles[30];
+    char power_on_hours[30];
+    char unsafe_shutdowns[30];
+    char media_errors[30];
+    char num_err_log_entries[30];
+    char mn[32];        // model number
+    char disk_size[32]; // KiB of namespace 1
+    char sn[32];        // serial number
+};
+
+// Slot n is the n-th device listed. Used by the collecting thread only.
+extern std::array<nvme_smart_log_norvik, NVME_SLOTS> IBInformation;
+
 // Collects and uploads (parameters 205 and 206). Returns 0; a device that can't be opened or that
 // fails a command ends the process with status 1.
 int getNVMeSMARTInfo();
+
+// Renders a health page of `size` bytes into slot `num`. A page too short for the counters, or a
+// slot outside the table, changes nothing.
+void print_log_health(const std::uint8_t* buf, std::uint32_t size, int num);
+
+// The upload text of a slot: "00:" device name to "18:" serial number, each ended by ";", cut to
+// NVME_RECORD_SIZE.
+std::string nvmeRecord(const nvme_smart_log_norvik& slot);
