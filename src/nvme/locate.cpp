@@ -1,0 +1,105 @@
+#include "nvme/locate.h"
+
+#include "nvme/device.h"
+#include "platform/platform.h"
+#include "smipmi.h"
+#include "text.h"
+
+#include <algorithm>
+#include <cstdio>
+
+// Requests of the backplane: OEM_NVME_POSITION, then the operation.
+constexpr BYTE POSITION_READ = 0x00;
+constexpr BYTE POSITION_LOCATE = 0x01;
+
+constexpr int AOCS = 2;
+constexpr int GROUPS = 8;
+constexpr int SLOTS = 24;
+
+constexpr std::size_t SERIAL_OFFSET = 6; // in the answer to POSITION_READ
+constexpr std::size_t SERIAL_SIZE = 20;
+
+static std::string deviceSerial(const char* deviceName) {
+    int fd = -1;
+    open_dev(deviceName, fd, 1, 1);
+    nvme_controller_data cdata;
+    read_controller_data(fd, cdata);
+    platform::nvme_close(fd);
+
+    char serial[30];
+    nvme_strvis(serial, &cdata[CTRL_SN], sizeof serial, CTRL_SN_SIZE);
+    return std::string(serial).substr(0, SERIAL_SIZE);
+}
+
+// False when the BMC refuses or no drive is there. An answer that ends inside the serial number
+// gives the part of it that came.
+static bool positionSerial(int aoc, int group, int slot, std::string& serial) {
+    const BYTE query[] = {OEM_NVME_POSITION,
+                          POSITION_READ,
+                          static_cast<BYTE>(aoc),
+                          static_cast<BYTE>(slot),
+                          0x01,
+                          static_cast<BYTE>(group),
+                          0x00,
+                          0x19};
+    BYTE answer[RESPONSE_SIZE] = {};
+    DWORD length = 0;
+    if (runIpmiCmd(BMC_ADDRESS, NETFN_OEM, CMD_OEM_GENERAL, query, sizeof query, answer, &length) !=
+            0 ||
+        length <= SERIAL_OFFSET || answer[SERIAL_OFFSET] == 0)
+        return false;
+
+    const BYTE* first = answer + SERIAL_OFFSET;
+    const BYTE* last = answer + std::min<std::size_t>(length, SERIAL_OFFSET + SERIAL_SIZE);
+    serial.assign(first, std::find(first, last, 0));
+    return true;
+}
+
+static void replaceFourthO(std::string& serial) {
+    if (serial.size() > 3 && (serial[3] == 'O' || serial[3] == 'o'))
+        serial[3] = '0';
+}
+
+// Whether the drive at a position is the device. Serial numbers of the form S???N are written with
+// the letter O or with the digit 0 in the fourth place; once such a position has been seen, the
+// device's keeps the digit.
+static bool sameDrive(std::string& device, std::string& position) {
+    trim(position);
+    trim(device);
+    if (device == position)
+        return true;
+    if (position.size() < 5 || position[0] != 'S' || position[4] != 'N')
+        return false;
+    replaceFourthO(device);
+    replaceFourthO(position);
+    return device == position;
+}
+
+int locateManage(int index, const char* deviceName) {
+    std::string device = deviceSerial(deviceName);
+    for (int aoc = 0; aoc < AOCS; aoc++) {
+        for (int group = 0; group < GROUPS; group++) {
+            for (int slot = 0; slot < SLOTS; slot++) {
+                std::string position;
+                if (positionSerial(aoc, group, slot, position) && sameDrive(device, position)) {
+                    locateLed(index, aoc, slot, group);
+                    return 0;
+                }
+            }
+        }
+    }
+    return 0;
+}
+
+BYTE locateLed(int index, int aoc, int slot, int group) {
+    const BYTE request[] = {OEM_NVME_POSITION,        POSITION_LOCATE,
+                            static_cast<BYTE>(aoc),   static_cast<BYTE>(slot),
+                            static_cast<BYTE>(index), static_cast<BYTE>(group)};
+    BYTE answer[RESPONSE_SIZE];
+    DWORD length = 0;
+    const BYTE code = runIpmiCmd(BMC_ADDRESS, NETFN_OEM, CMD_OEM_GENERAL, request, sizeof request,
+                                 answer, &length);
+    if (code != 0)
+        std::printf("failed execute locate :");
+    return code;
+}
