@@ -1,0 +1,34 @@
+#include "storage/drive_state.h"
+
+#include "bmc/events.h"
+
+hdd_list *g_hdd_head, *g_hdd_prev, *g_hdd_current;
+hdd_3008_list *g_3008_it_hdd_head, *g_3008_it_hdd_prev, *g_3008_it_hdd_current;
+hdd_3008_list *g_raid_hdd_head, *g_raid_hdd_prev, *g_raid_hdd_current;
+
+void freeDriveLists() {
+    freeNodes(g_hdd_head, g_hdd_prev);
+    freeNodes(g_3008_it_hdd_head, g_3008_it_hdd_prev);
+    freeNodes(g_raid_hdd_head, g_raid_hdd_prev);
+    g_hdd_current = nullptr;
+    g_3008_it_hdd_current = g_raid_hdd_current = nullptr;
+}
+
+drive_bytes itDriveBytes(int controller, int enclosure, int slot) {
+    const unsigned place =
+        (static_cast<unsigned>(controller) << 6) + (static_cast<unsigned>(enclosure) & 0x3F);
+    return {static_cast<BYTE>(slot), static_cast<BYTE>(place)};
+}
+
+drive_bytes raidDriveBytes(int controller, int slot) {
+    const unsigned place =
+        (static_cast<unsigned>(controller) << 4) + (static_cast<unsigned>(slot) & 0x0F);
+    return {static_cast<BYTE>(place), 0xFF};
+}
+
+void sendDriveEvent(BYTE sensor, BYTE alert, BYTE event_type, drive_bytes bytes) {
+    const BYTE record[EVENT_RECORD_SIZE] = {EVENT_GENERATOR, EVENT_REVISION, sensor_type_drive,
+                                            sensor,          alert,          event_type,
+                                            bytes.event2,    bytes.event3};
+    sendSmartSEL(record);
+}
