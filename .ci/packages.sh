@@ -64,7 +64,7 @@ install_packages() {
             return 1
         fi
     fi
-    echo "Missing:$packages. Installing them: $as_root $installer$packages"
+    echo "Missing:$packages. Installing them: ${as_root:+$as_root }$installer$packages"
     # The words of these lists are separate arguments.
     # shellcheck disable=SC2086
     case $installer in
