@@ -1,24 +1,42 @@
 // The BMC's requests: fetched from parameter 207, answered in 207 and 208.
+//
+// A handled request with command index i and key k is acknowledged in 207 with "i2;", its result
+// posted in 208 as "ik;1;;" (done) or "ik;0;;" (not supported), and 207 released with "i"; the
+// first digit of i travels as the index byte. A malformed one, or one whose fetch failed half-way,
+// is only released.
 #pragma once
 
 #include "system_info.h"
 
-#include <optional>
 #include <string>
 #include <string_view>
 
-constexpr std::size_t COMMAND_TEXT_SIZE = 1023;
+// Values of the option byte.
+enum command_option : BYTE {
+    OPTION_PAUSE_RESUME = 1, // value 1 pauses, any other resumes
+    OPTION_PERIOD = 2,       // value: seconds between two monitor cycles
+    OPTION_CLEAR = 3,
+    OPTION_NOTHING = 4,
+    OPTION_STATIC_PASS = 5,
+    OPTION_LOCATE_OFF = 7, // value: NVMe device number
+    OPTION_LOCATE_ON = 8,
+};
 
-// A parsed command text: "ignored;key;" and the raw option byte, for options 1, 2, 7 and 8
-// followed by the value byte (0 when absent).
+// A text's parts: "ignored;key;" and the raw option byte, for options 1, 2, 7 and 8 followed by
+// the value byte (0 when absent).
 struct command_request {
     std::string key;
     BYTE option = 0;
     BYTE value = 0;
 };
 
-// None for a text without key or rest (logged) or without an option byte.
-std::optional<command_request> parseCommandRequest(std::string_view text);
+enum class command_parse {
+    complete,
+    no_key_or_flag, // fewer than two separators
+    no_option,      // nothing after the second separator
+};
+
+command_parse parseCommandRequest(std::string_view text, command_request& request);
 
 // Thread body: polls the BMC every 5 seconds, and wakes the paused threads after a resume.
 void* command_request_handler(void* arg);

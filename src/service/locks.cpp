@@ -73,6 +73,14 @@ void waitForNextCycle(pthread_cond_t& condition, pthread_mutex_t& lock, long sec
     pthread_cond_timedwait(&condition, &lock, &until);
 }
 
+void waitWhilePaused(pthread_cond_t& condition, pthread_mutex_t& lock) {
+    while (getPauseFlag() == 1) {
+        pthread_cond_wait(&condition, &lock);
+        if (getStopFlag() != 0)
+            return;
+    }
+}
+
 void wakeUp(pthread_cond_t& condition, pthread_mutex_t& lock) {
     const scoped_lock guard(lock);
     pthread_cond_broadcast(&condition);

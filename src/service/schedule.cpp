@@ -46,11 +46,6 @@ void probeBmc() {
     logSupport("OEM watchdog timer support = ", watchdog);
 }
 
-void waitWhilePaused(pthread_cond_t& condition, pthread_mutex_t& lock) {
-    while (getPauseFlag() == 1)
-        pthread_cond_wait(&condition, &lock);
-}
-
 void collectStorage(int hdd_type) {
     if (hdd_type == HDD_TYPE_PLAIN)
         getSmartStorageUsage();

@@ -1,0 +1,144 @@
+#include "bmc/command_requests.h"
+
+#include "bmc/clear.h"
+#include "bmc/command_fetch.h"
+#include "bmc/parameter_upload.h"
+#include "config/configuration.h"
+#include "config/logs.h"
+#include "nvme/locate.h"
+#include "service/control.h"
+#include "service/flags.h"
+#include "service/locks.h"
+
+#include <cstdio>
+
+namespace {
+
+constexpr long PERIOD = 5;
+
+constexpr const char* DONE = "1;";
+constexpr const char* NOT_DONE = "0;";
+
+void locate(int index, int device) {
+    char name[13];
+    std::snprintf(name, sizeof name, "nvme%d", device);
+    locateManage(index, name);
+}
+
+// Returns the result text.
+const char* perform(const command_request& request) {
+    switch (request.option) {
+    case OPTION_PAUSE_RESUME:
+        if (request.value == 1)
+            user_request_pause();
+        else
+            user_request_resume();
+        return DONE;
+    case OPTION_PERIOD:
+        setUpdateFreq(request.value);
+        return DONE;
+    case OPTION_CLEAR:
+        clearData();
+        return DONE;
+    case OPTION_NOTHING:
+        return DONE;
+    case OPTION_STATIC_PASS:
+        static_flag = 1;
+        return DONE;
+    case OPTION_LOCATE_OFF:
+        locate(0, request.value);
+        return DONE;
+    case OPTION_LOCATE_ON:
+        locate(1, request.value);
+        return DONE;
+    default:
+        printErrIntLog("Command Request option fail->", request.option);
+        printErrLog("Command Request", "not support command request");
+        return NOT_DONE;
+    }
+}
+
+void waitForPeriod() {
+    waitForNextCycle(command_request_condition, command_request_lock, PERIOD);
+}
+
+void carryOut(const std::string& index, const command_request& request) {
+    ipmiCmdSet(PARM_COMMAND, index + "2;");
+    const char* result = perform(request);
+    ipmiCmdSet(PARM_COMMAND_RESULT, index + request.key + ";" + result + ";");
+    waitForPeriod();
+}
+
+// Fetches a request, answers it and releases the slot.
+void serveRequest() {
+    ipmiCmdSet(PARM_COMMAND_RESULT, "0");
+    const fetched_command command = fetchCommand();
+    if (command.text.empty())
+        return;
+    const std::string index = std::to_string(command.index);
+    if (command.complete) {
+        command_request request;
+        const command_parse parsed = parseCommandRequest(command.text, request);
+        if (parsed == command_parse::no_key_or_flag)
+            printErrLog("Command Request", "no key or flag");
+        else if (parsed == command_parse::complete)
+            carryOut(index, request);
+    }
+    ipmiCmdSet(PARM_COMMAND, index);
+}
+
+void wakePausedThreads() {
+    wakeUp(monitor_condition, monitor_lock);
+    wakeUp(memory_condition, memory_lock);
+    wakeUp(bmc_restart_monitor_condition, bmc_restart_monitor_lock);
+}
+
+void handOverResume() {
+    if (getCurPauseFlag() != 1 || getPauseFlag() != 0)
+        return;
+    setCurPauseFlag(0);
+    // Another process may have paused again meanwhile: its end must not be missed.
+    if (getPauseFlag() == 1)
+        setCurPauseFlag(1);
+    wakePausedThreads();
+}
+
+// Makes every other thread look at the stop flag, whatever it waits for.
+void handOverStop() {
+    if (getPauseFlag() == 1)
+        setPauseFlag(0);
+    wakeUp(watchdog_reset_condition, watchdog_reset_lock);
+    wakePausedThreads();
+}
+
+} // namespace
+
+command_parse parseCommandRequest(std::string_view text, command_request& request) {
+    request = {};
+    const std::size_t key = text.find(';');
+    const std::size_t key_end = key == text.npos ? text.npos : text.find(';', key + 1);
+    if (key_end == text.npos)
+        return command_parse::no_key_or_flag;
+    const std::string_view rest = text.substr(key_end + 1);
+    if (rest.empty())
+        return command_parse::no_option;
+    request.key = text.substr(key + 1, key_end - key - 1);
+    request.option = static_cast<BYTE>(rest[0]);
+    const bool takes_value =
+        request.option == OPTION_PAUSE_RESUME || request.option == OPTION_PERIOD ||
+        request.option == OPTION_LOCATE_OFF || request.option == OPTION_LOCATE_ON;
+    if (takes_value && rest.size() > 1)
+        request.value = static_cast<BYTE>(rest[1]);
+    return command_parse::complete;
+}
+
+void* command_request_handler(void* /*arg*/) {
+    while (getStopFlag() == 0) {
+        const scoped_lock guard(command_request_lock);
+        serveRequest();
+        handOverResume();
+        waitForPeriod();
+    }
+    handOverStop();
+    return nullptr;
+}

@@ -1,0 +1,106 @@
+// Lines of a storage script become items, and items reach the BMC.
+#include "storage/storage_items.h"
+
+#include "fake_bmc.h"
+#include "sandbox.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr collector_texts TEXTS = {"label ->", "Items", "Item", "count ->", "item ->"};
+
+std::string lines(int number) {
+    return "i=0; while [ $i -lt " + std::to_string(number) + " ]; do echo L; i=$((i+1)); done";
+}
+
+TEST(storage_items, reading) {
+    const std::string zeros(300, '0');
+    const struct {
+        std::string script, then;
+        script_result result;
+        int count, total;
+        std::string first, last;
+        Bytes announced;
+    } rows[] = {
+        {"exit 1", "echo a", script_result::printed, 1, 1, "a;", "a;", {1, 0}},
+        {"echo x", "", script_result::nothing_printed, 1, 1, "x;", "x;", {1, 0}},
+        {"printf '\\n1;2\\nrest'", "echo 3", script_result::printed, 3, 4, ";", "3;", {3, 0}},
+        {"printf '%0300d\\n' 0",
+         "echo 3",
+         script_result::printed,
+         2,
+         3,
+         zeros.substr(0, 255),
+         "3;",
+         {2, 0}},
+        {"printf '%0254d\\n' 0",
+         "printf '%0255d\\n' 0",
+         script_result::printed,
+         2,
+         3,
+         zeros.substr(0, 254) + ";",
+         ";",
+         {2, 0}},
+        {lines(255), "", script_result::nothing_printed, 255, 255, "L;", "L;", {0, 1}},
+        {lines(10000), "", script_result::nothing_printed, 256, 256, "L;", "L;", {1, 1}},
+        {lines(300), lines(300), script_result::printed, 257, 257, "L;", "L;", {2, 1}},
+        {lines(256),
+         "printf '%0300d\\n' 0; echo x",
+         script_result::printed,
+         257,
+         258,
+         "L;",
+         zeros.substr(0, 45) + ";",
+         {2, 1}},
+        {"while :; do printf %0999d 0; done",
+         "",
+         script_result::nothing_printed,
+         0,
+         1024,
+         zeros.substr(0, 255),
+         zeros.substr(0, 255),
+         {0, 0}},
+    };
+    FakeBmc bmc;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.script + " + " + row.then);
+        storage_items items;
+        readItems(items, row.script.c_str(), TEXTS.label);
+        EXPECT_EQ(readItems(items, row.then.c_str(), TEXTS.label), row.result);
+        EXPECT_EQ(items.count, row.count);
+        EXPECT_EQ(items.total, row.total);
+        ASSERT_NE(items.head, nullptr);
+        EXPECT_EQ(items.head->parm, row.first);
+        EXPECT_EQ(items.prev->parm, row.last);
+        int number = 0;
+        for (const list* item = items.head; item != nullptr; item = item->next)
+            if (item->parm[strlen(item->parm) - 1] == ';') {
+                EXPECT_EQ(item->no, number++);
+            }
+        uploadItemCount(items);
+        EXPECT_EQ(bmc.uploads().back(),
+                  (FakeBmc::Upload{198, -1, {row.announced.begin(), row.announced.end()}}));
+    }
+}
+
+TEST(storage_items, showing_and_uploading) {
+    if (!enterSandbox())
+        GTEST_SKIP() << SANDBOX_DENIED;
+    FakeBmc bmc;
+    storage_items items;
+    readItems(items, "echo 'a;;b'; echo 'PT;x:0::::'; printf '%0254d' 0 | tr 0 ';'", TEXTS.label);
+    testing::internal::CaptureStdout();
+    showItems(items, TEXTS);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    const std::string head =
+        "Items 0 2\nItem : a;N/A;b;\nItem : PT;x:0:N/A:N/A:N/A:N/A;\nItem : ;N/A;N/A";
+    EXPECT_EQ(printed.substr(0, head.size()), head);
+    EXPECT_EQ(std::string(items.prev->parm).size(), RECORD_SIZE - 1);
+    uploadItem(*items.head, TEXTS);
+    EXPECT_EQ(fileText("/opt/norvik/vyn.log"), "count ->  2\nitem ->  a;N/A;b;\n");
+    EXPECT_EQ(bmc.uploads().back(), (FakeBmc::Upload{199, -1, "a;N/A;b;"}));
+}
+
+} // namespace
