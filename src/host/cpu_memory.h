@@ -1,7 +1,8 @@
 // CPU and memory utilisation.
 #pragma once
 
-#include <array>
+#include "system_info.h"
+
 #include <cstdint>
 
 constexpr int CPU_STATES = 5; // user, nice, system, interrupt, idle
@@ -13,6 +14,12 @@ float cpu_state();
 // Stores new - old (a negative difference as the signed 32-bit difference of the low halves),
 // copies new over old, returns the sum, or 1 when that is 0.
 long percentages(int cnt, std::int64_t* new_counts, std::int64_t* old_counts, std::int64_t* diffs);
+
+// The samples since the latest upload, a line of the memory script each: first, last and cursor,
+// under a guard of getMemoryUsage's own.
+extern list* memory_head;
+extern list* memory_prev;
+extern list* memory_current;
 
 // Samples memory use; with sendCmd 1 uploads the mean of all samples (parameter 197) and starts
 // afresh. Any thread. Returns 0.

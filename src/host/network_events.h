@@ -5,6 +5,11 @@
 
 #include <string_view>
 
+// Link states of the LAN and network usage records.
+constexpr const char* NETWORK_UP = "up";
+constexpr const char* NETWORK_DOWN = "down";
+
+// State of an interface, kept by its name from its first appearance until the process ends.
 struct network_list {
     unsigned long no;
     char parm[RECORD_SIZE];
@@ -16,6 +21,8 @@ struct network_list {
     network_list* next;
 };
 
+// The state list: first node, last node, search cursor. No lock: monitor thread or one-shot
+// process.
 extern network_list* g_network_head;
 extern network_list* g_network_prev;
 extern network_list* g_network_current;

@@ -1,6 +1,19 @@
 // Network utilisation per interface.
 #pragma once
 
+#include "system_info.h"
+
+// A sample: received plus sent bytes of the interface that `parm` names.
+struct network_usage_list {
+    unsigned long no;
+    char parm[RECORD_SIZE];
+    network_usage_list* next;
+};
+
+// The samples since the latest upload: first and last, under a guard of getNetworkUsage's own.
+extern network_usage_list* network_head;
+extern network_usage_list* network_prev;
+
 // Samples every interface's byte count; with sendCmd 1 uploads the mean utilisation (parameters
 // 200 and 201) and starts afresh. Any thread. Returns 0.
 int getNetworkUsage(int sendCmd);
