@@ -1,0 +1,51 @@
+// The poll loop: BMC clients speaking the byte protocol, control clients speaking lines, standard
+// input and output as one more control client. One thread, nothing blocks.
+#pragma once
+
+#include "control.h"
+#include "sockets.h"
+
+namespace bmcsim {
+
+struct Outgoing {
+    int64_t dueMs = 0;
+    Bytes bytes;
+    bool close = false; // after the bytes
+};
+
+struct BmcClient {
+    Descriptor socket;
+    FrameReader reader;
+    Session session;
+    std::deque<Outgoing> queue; // answers whose time has not come
+    Bytes out;
+    bool closing = false; // once `out` is sent
+    bool dead = false;
+};
+
+struct ControlClient {
+    Descriptor socket;
+    int input = -1;
+    int output = -1;
+    std::string in, out;
+    std::optional<PendingWait> wait;
+    bool ended = false; // no more input
+    bool dead = false;
+};
+
+struct Server {
+    Bmc bmc;
+    std::vector<Descriptor> bmcListeners;
+    std::vector<Descriptor> controlListeners;
+    std::vector<BmcClient> clients;
+    std::vector<ControlClient> controls;
+    int64_t busyUntilMs = 0; // with a delay for all, the BMC serves one request after another
+    bool away = false;
+    bool quit = false;
+};
+
+// Runs until `quit` or until a signal set `*stop`; such signals must be blocked outside.
+void runServer(Server& server, volatile const int* stop);
+int64_t monotonicMs();
+
+} // namespace bmcsim
