@@ -36,10 +36,9 @@ void deliver(const simulated::kcs_message& message) {
                                     message.size() - 2);
 }
 
-simulated::kcs_message response(const std::vector<std::uint8_t>& data) {
-    simulated::kcs_message message{static_cast<std::uint8_t>(request[0] | 4), request[1]};
-    message.insert(message.end(), data.begin(), data.end());
-    return message;
+simulated::kcs_message response(simulated::kcs_message data) {
+    data.insert(data.begin(), {static_cast<std::uint8_t>(request[0] | 4), request[1]});
+    return data;
 }
 
 std::optional<simulated::kcs_message> collect() {
