@@ -1,0 +1,121 @@
+#include "sandbox.h"
+#include "shell.h"
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using std::chrono::seconds;
+using std::chrono::steady_clock;
+
+std::vector<std::string> pieces(const std::string& command, int deadline_s = 20) {
+    shell_capture shell(command, "test ->", deadline_s);
+    std::vector<std::string> all;
+    for (std::string piece; shell.readPiece(piece);)
+        all.push_back(piece);
+    return all;
+}
+
+// The process groups that a test's command leaves behind end within a moment of the capture.
+bool ends(pid_t pid) {
+    for (int i = 0; i < 500; ++i) {
+        if (kill(pid, 0) == -1)
+            return true;
+        std::ifstream state("/proc/" + std::to_string(pid) + "/stat");
+        std::string word;
+        state >> word >> word >> word;
+        if (word == "Z")
+            return true;
+        usleep(10000);
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(Shell, OutputComesInLinesAndPieces) {
+    EXPECT_EQ(pieces("printf 'a\\n\\nb'"), (std::vector<std::string>{"a\n", "\n", "b"}));
+    EXPECT_EQ(pieces("printf 'a\\0b\\n'"), std::vector<std::string>{"ab\n"});
+    const auto cut = pieces("printf '%0255d\\n%0300d\\n' 1 2");
+    ASSERT_EQ(cut.size(), 4u);
+    EXPECT_EQ(cut[0].size(), 255u);
+    EXPECT_EQ(cut[1], "\n");
+    EXPECT_EQ(cut[3].size(), 46u);
+    EXPECT_TRUE(pieces("exit 3").empty());
+    EXPECT_EQ(pieces("echo x; kill -9 $$"), std::vector<std::string>{"x\n"});
+    EXPECT_TRUE(pieces("no-such-tool 2>/dev/null").empty());
+}
+
+TEST(Shell, CommandsGetACleanSurrounding) {
+    setenv("LC_ALL", "xx_XX", 1);
+    EXPECT_EQ(captureValue("echo $LC_ALL", "test ->"), "C");
+    EXPECT_EQ(captureValue("cat; echo eof", "test ->"), "eof");
+    sigset_t all, before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before);
+    EXPECT_EQ(captureValue("kill -TERM $$; echo still here", "test ->"), "");
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    EXPECT_EQ(captureJoined("printf 'a\\nb\\n'", "test ->", ","), "a,b");
+    EXPECT_EQ(captureJoined("yes", "test ->", "", nullptr).size(), 256u);
+}
+
+TEST(Shell, AHangingCommandEndsAtItsDeadlineWithWhatItPrinted) {
+    if (!enterSandbox())
+        GTEST_SKIP() << SANDBOX_DENIED;
+    const auto start = steady_clock::now();
+    const auto got = pieces("echo $$; exec sleep 1000", 1);
+    EXPECT_LT(steady_clock::now() - start, seconds(10));
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_TRUE(ends(std::stoi(got[0])));
+    EXPECT_EQ(datedLog("err"), std::vector<std::string>{"test ->  timed out"});
+}
+
+TEST(Shell, ACommandThatIgnoresItsClosedOutputEndsAtItsDeadline) {
+    std::string first;
+    {
+        shell_capture shell("echo $$; exec sleep 1000", "test ->", 1);
+        ASSERT_TRUE(shell.readPiece(first));
+    }
+    EXPECT_TRUE(ends(std::stoi(first)));
+}
+
+TEST(Shell, AGrandchildThatKeepsTheOutputOpenIsNotWaitedFor) {
+    const auto start = steady_clock::now();
+    const auto got = pieces("sleep 1000 & echo $!", 60);
+    EXPECT_LT(steady_clock::now() - start, seconds(20));
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_TRUE(ends(std::stoi(got[0])));
+}
+
+TEST(Shell, AHundredMegabytesPassThroughAFewKilobytes) {
+    rusage before{}, after{};
+    getrusage(RUSAGE_SELF, &before);
+    std::size_t bytes = 0;
+    shell_capture shell("head -c 100000000 /dev/zero | tr '\\0' x", "test ->");
+    for (std::string piece; shell.readPiece(piece);)
+        bytes += piece.size();
+    getrusage(RUSAGE_SELF, &after);
+    EXPECT_EQ(bytes, 100000000u);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 20000);
+}
+
+TEST(Shell, WithoutAChildProcessNothingIsStarted) {
+    const pid_t child = fork();
+    if (child == 0) {
+        // Descriptors are as good as processes to run out of, and root has no limit of those.
+        const rlimit none{3, 3};
+        setrlimit(RLIMIT_NOFILE, &none);
+        shell_capture shell("echo x", "test ->");
+        std::string piece;
+        _exit(!shell.started() && !shell.readPiece(piece) ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+}

@@ -1,0 +1,73 @@
+#include "text.h"
+
+#include <gtest/gtest.h>
+
+TEST(Text, EmptyFieldsAreFilled) {
+    const struct {
+        const char* text;
+        const char* filled;
+        const char* filled_except_double_colon;
+    } rows[] = {
+        {"a;;b;", "a;N/A;b;", "a;N/A;b;"},
+        {";;;", ";N/A;N/A;", ";N/A;N/A;"},
+        {"a;;;;b;", "a;N/A;N/A;N/A;b;", "a;N/A;N/A;N/A;b;"},
+        {";:;", ";N/A:N/A;", ";N/A:N/A;"},
+        {":;:", ":N/A;N/A:", ":N/A;N/A:"},
+        {":::", ":N/A:N/A:", ":::"},
+        {"fe80::1;", "fe80:N/A:1;", "fe80::1;"},
+        {";a:", ";a:", ";a:"},
+        {"it's $(x);;", "it's $(x);N/A;", "it's $(x);N/A;"},
+        {"", "", ""},
+        {"one;;\ntwo", "one;N/A;", "one;N/A;"},
+    };
+    for (const auto& row : rows) {
+        std::string text = row.text, other = row.text;
+        replaceEmptyToNA(text);
+        replaceEmptyToNAExceptDoubleColon(other);
+        EXPECT_EQ(text, row.filled) << row.text;
+        EXPECT_EQ(other, row.filled_except_double_colon) << row.text;
+    }
+    std::string separators(RECORD_SIZE - 1, ';');
+    replaceEmptyToNA(separators);
+    EXPECT_EQ(separators.size(), RECORD_SIZE - 1);
+}
+
+TEST(Text, WhiteSpaceIsTrimmedAndFolded) {
+    const struct {
+        const char* text;
+        const char* trimmed;
+    } rows[] = {{"  a \t b  ", "a b"}, {"\r\n\v\f", ""}, {"", ""}, {"ab", "ab"}};
+    for (const auto& row : rows) {
+        std::string text = row.text;
+        EXPECT_EQ(trim(text), row.trimmed);
+    }
+}
+
+TEST(Text, SplittingKeepsEmptyPiecesUpToTheLimit) {
+    using pieces = std::vector<std::string>;
+    EXPECT_EQ(splitFields("HD;/dev/ada0:OK;;", ";:", 18),
+              (pieces{"HD", "/dev/ada0", "OK", "", ""}));
+    EXPECT_EQ(splitFields("", ",", 5), pieces{""});
+    EXPECT_EQ(splitFields("a;b;c", ";", 2), (pieces{"a", "b"}));
+}
+
+TEST(Text, NumbersAreReadAsScanfReadsThem) {
+    EXPECT_EQ(leadingInteger(" -12x", 7), -12);
+    EXPECT_EQ(leadingInteger("N/A", 7), 7);
+    EXPECT_EQ(leadingInteger("-", 7), 7);
+    EXPECT_EQ(leadingInteger("99999999999999999999", 7), 2147483647);
+    EXPECT_EQ(leadingInteger("-99999999999999999999", 7), -2147483647 - 1);
+}
+
+TEST(Text, CountsAreWrittenInBase255) {
+    using count = std::array<BYTE, 2>;
+    EXPECT_EQ(itemCount(0), (count{0, 0}));
+    EXPECT_EQ(itemCount(255), (count{0, 1}));
+    EXPECT_EQ(itemCount(256), (count{1, 1}));
+}
+
+TEST(Text, CopiesAreCutToTheField) {
+    char field[5];
+    copyText(field, "abcdefgh");
+    EXPECT_STREQ(field, "abcd");
+}
