@@ -74,11 +74,8 @@ void waitForNextCycle(pthread_cond_t& condition, pthread_mutex_t& lock, long sec
 }
 
 void waitWhilePaused(pthread_cond_t& condition, pthread_mutex_t& lock) {
-    while (getPauseFlag() == 1) {
+    while (getPauseFlag() == 1 && getStopFlag() == 0)
         pthread_cond_wait(&condition, &lock);
-        if (getStopFlag() != 0)
-            return;
-    }
 }
 
 void wakeUp(pthread_cond_t& condition, pthread_mutex_t& lock) {

@@ -38,8 +38,8 @@ class scoped_lock {
 // once when the stop flag is set, so that a stop that came just before is not slept through.
 void waitForNextCycle(pthread_cond_t& condition, pthread_mutex_t& lock, long seconds);
 
-// Waits on the condition, with its lock held and without a time-out, while the pause flag is 1. A
-// wake-up under the stop flag ends it too, so that a pause that follows a stop keeps no thread.
+// Waits on the condition, with its lock held and without a time-out, while the pause flag is 1 and
+// the stop flag is not set.
 void waitWhilePaused(pthread_cond_t& condition, pthread_mutex_t& lock);
 
 // Wakes whoever waits on the condition, taking its lock.
