@@ -100,6 +100,13 @@ shell_capture::~shell_capture() {
 
 void shell_capture::killGroup() {
     ::kill(-m_pid, SIGKILL);
+    m_killed = true;
+}
+
+void shell_capture::expire() {
+    if (!m_killed)
+        printErrLog(m_label, "timed out");
+    killGroup();
 }
 
 void shell_capture::reap(bool block) {
@@ -116,8 +123,7 @@ bool shell_capture::fill() {
     while (m_fd >= 0) {
         const auto now = steady_clock::now();
         if (now >= m_deadline) {
-            printErrLog(m_label, "timed out");
-            killGroup();
+            expire();
             break;
         }
         if (!m_reaped)
@@ -176,8 +182,7 @@ void shell_capture::close() {
         if (m_reaped)
             break;
         if (steady_clock::now() >= m_deadline) {
-            printErrLog(m_label, "timed out");
-            killGroup();
+            expire();
             reap(true);
         } else {
             poll(nullptr, 0, static_cast<int>(REAP_INTERVAL.count()));

@@ -37,12 +37,14 @@ class shell_capture {
   private:
     bool fill();
     void killGroup();
+    void expire();
     void reap(bool block);
 
     const char* m_label;
     pid_t m_pid = -1;
     int m_fd = -1;
     bool m_reaped = false;
+    bool m_killed = false;
     std::string m_buffer;
     std::size_t m_position = 0;
     std::chrono::steady_clock::time_point m_deadline;
