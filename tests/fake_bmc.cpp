@@ -111,7 +111,7 @@ void FakeBmc::queue(std::uint8_t netFn, std::uint8_t cmd, std::vector<Bytes> res
 
 void FakeBmc::handle(std::uint8_t netFn, std::uint8_t cmd, Handler handler) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_handlers[{netFn, cmd}] = std::move(handler);
+    m_handlers[{netFn, cmd}] = std::make_shared<Handler>(std::move(handler));
 }
 
 std::vector<FakeBmc::Request> FakeBmc::requests(bool detection) const {
@@ -204,7 +204,7 @@ void FakeBmc::converse(int fd) {
 // Records the request and finds its answer; handlers run without the lock, so that they may ask
 // this BMC what it received.
 Bytes FakeBmc::respond(const Request& request) {
-    Handler handler;
+    std::shared_ptr<Handler> handler;
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         m_requests.push_back(request);
@@ -218,7 +218,7 @@ Bytes FakeBmc::respond(const Request& request) {
         if (known != m_handlers.end())
             handler = known->second;
     }
-    return handler ? handler(request) : defaultAnswer(request);
+    return handler ? (*handler)(request) : defaultAnswer(request);
 }
 
 // Reads up to the end of the next message, control commands skipped. False at the end.

@@ -18,7 +18,9 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -43,10 +45,13 @@ class FakeBmc {
         bool operator==(const Upload& other) const {
             return selector == other.selector && index == other.index && value == other.value;
         }
+        friend std::ostream& operator<<(std::ostream& out, const Upload& upload) {
+            return out << upload.selector << '[' << upload.index << "] \"" << upload.value << '"';
+        }
     };
 
-    // Completion code, then data. An empty one is no answer: the connection is dropped, which the
-    // agent sees as a transport failure.
+    // Completion code, then data. An empty one is no answer: the connection is dropped, which makes
+    // the request fail.
     using Handler = std::function<Bytes(const Request&)>;
 
     FakeBmc();
@@ -93,6 +98,6 @@ class FakeBmc {
     mutable std::mutex m_mutex;
     std::condition_variable m_answered;
     std::map<Key, std::deque<Bytes>> m_queues;
-    std::map<Key, Handler> m_handlers;
+    std::map<Key, std::shared_ptr<Handler>> m_handlers; // shared, so that state in one lasts
     std::vector<Request> m_requests;
 };
