@@ -63,7 +63,8 @@ bool takeCommandChunk(command_fetch& fetch, const command_chunk& chunk) {
                       (first || chunk.total == fetch.total);
     // The text of a chunk that does not fit counts too: it shows that there is a request to
     // release.
-    fetch.index = chunk.index;
+    if (!chunk.text.empty())
+        fetch.index = chunk.index;
     fetch.text.append(chunk.text.substr(0, COMMAND_TEXT_SIZE - fetch.text.size()));
     if (!fits)
         return false;
