@@ -1,0 +1,110 @@
+#include "nvme/smart.h"
+
+#include "fake_bmc.h"
+#include "nvme_pages.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+
+namespace {
+
+std::string record(const std::string& name, const std::string& warning, const std::string& model,
+                   const std::string& serial) {
+    return "00:" + name + ";01:" + warning +
+           ";02:34.85 C;03:100%;04:10%;05:3%;06:1;07:2;08:3;09:4;10:5;11:6;12:7;13:8;14:9;15:10;"
+           "16:" +
+           model + ";17:500107608;18:" + serial + ";";
+}
+
+// What the listing prints, in place of this machine's own /dev.
+void listing(const recorded_host& host, const std::string& names) {
+    host.tool("ls", "printf '/dev/%s\\n' " + names);
+}
+
+TEST(NvmeSmart, Uploads) {
+    const recorded_host host;
+    FakeBmc bmc;
+    const std::string model = "Quarry 7 DC-960 enterprise mixed-use 123";
+    addDevice(host, "nvme0");
+    addDevice(host, "nvme0ns2", "VY10X0077", model, 4);
+    addDevice(host, "nvme b", "\x01\xFF;VY", "", 255);
+    listing(host, "nvme0 nvme0ns1 nvme0ns2 'nvme  b '");
+    const std::vector<std::string> records = {
+        record("nvme0", "0", "Quarry 960", "VY10X0042"),
+        record("nvme0ns2", "4", model.substr(0, 31), "VY10X0077"),
+        record("nvme  b ", "255", "N/A", "??;VY"),
+    };
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(0, getNVMeSMARTInfo());
+    std::string printed = "NVME Storage items 03\n";
+    std::vector<FakeBmc::Upload> sent = {{205, -1, {"\0\0", 2}}, {205, -1, {"\3\0", 2}}};
+    for (const std::string& text : records) {
+        printed += "Available NVMe : " + text + "\n";
+        sent.push_back({206, -1, text});
+    }
+    EXPECT_EQ(printed, testing::internal::GetCapturedStdout());
+    EXPECT_EQ(sent, bmc.uploads());
+
+    host.tool("ls", "exit 1");
+    bmc.forget();
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(0, getNVMeSMARTInfo());
+    EXPECT_EQ("NVME Storage items 00\n", testing::internal::GetCapturedStdout());
+    EXPECT_EQ((std::vector<FakeBmc::Upload>{sent[0]}), bmc.uploads());
+
+    listing(host, "nvme0 $(yes nvme0ns2 | head -n 59)");
+    bmc.forget();
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(0, getNVMeSMARTInfo());
+    EXPECT_EQ(0U, testing::internal::GetCapturedStdout().find("NVME Storage items 048\n"));
+    EXPECT_EQ(2U + 48U, bmc.uploads().size());
+}
+
+TEST(NvmeSmart, RecordOfOddPages) {
+    const std::string most = "9223372036854775807";
+    std::string edge(512, '\0');
+    put(edge, 32, 0x7FFFFFFFFFFFFFFF, 8); // the largest counter told as it is
+    put(edge, 48, 0x8000000000000000, 8);
+    put(edge, 64 + 8, 1, 8); // the high half alone
+    const struct {
+        std::string page, start;
+        std::size_t size;
+    } cases[] = {
+        {edge,
+         "00:;01:0;02:-273.15 C;03:0%;04:0%;05:0%;06:" + most + ";07:" + most + ";08:" + most +
+             ";09:0;",
+         156},
+        // The temperature is cut to its field.
+        {std::string(512, '\xFF'), "00:;01:255;02:65261.85 ;03:255%;04:255%;05:255%;06:" + most,
+         254},
+    };
+    for (const auto& c : cases) {
+        IBInformation.fill({});
+        print_log_health(reinterpret_cast<const std::uint8_t*>(c.page.data()), 512, 0);
+        const std::string text = nvmeRecord(IBInformation[0]);
+        EXPECT_EQ(c.start, text.substr(0, c.start.size()));
+        EXPECT_EQ(c.size, text.size());
+    }
+}
+
+// The first open finds the device; its node is gone once the health page has been read.
+TEST(NvmeSmart, ADeviceThatGoesAwayEndsTheProcess) {
+    const recorded_host host;
+    const FakeBmc bmc;
+    addDevice(host, "nvme0");
+    listing(host, "nvme0");
+    host.remove("nvme0/health.bin");
+    ASSERT_EQ(0, mkfifo(host.path("nvme0/health.bin").c_str(), 0600));
+    const auto vanish = [&] {
+        std::thread([&host] {
+            std::ofstream pipe(host.path("nvme0/health.bin"));
+            host.remove("dev/nvme0");
+            pipe << healthPage(0);
+        }).detach();
+        getNVMeSMARTInfo();
+    };
+    EXPECT_EXIT(vanish(), testing::ExitedWithCode(1), "could not open /dev/nvme0: No such file");
+}
+
+} // namespace
