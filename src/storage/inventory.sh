@@ -16,7 +16,7 @@ EOF
     done
 }
 
-disks=$(ask geom disk list | pick 'label($0) == "geom name" { print $3 }')
+disks=$(ask geom disk list | pick 'label($0) == "geom name" && !seen[$3]++ { print $3 }')
 adapters=$(ask storcli show | printable)
 adapter_count=$(storcli_count "$adapters")
 sas3008=$(sas3008_list)

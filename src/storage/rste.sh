@@ -77,7 +77,7 @@ scratch=$(mktemp -d "${TMPDIR:-/tmp}/vyn.XXXXXX" 2>/dev/null) || exit 1
 trap 'rm -rf "$scratch"' EXIT
 trap 'exit 1' HUP INT TERM
 listing=$(ask graid list | printable)
-volumes=$(printf '%s\n' "$listing" | pick 'label($0) == "geom name" { print $3 }')
+volumes=$(printf '%s\n' "$listing" | pick 'label($0) == "geom name" && !seen[$3]++ { print $3 }')
 [ -z "$volumes" ] || devlist=$(ask camcontrol devlist | printable)
 volume_index=0
 drive_index=0

@@ -100,7 +100,7 @@ display_records() {
 
 # sas3008_list: sas3ircu numbers of the SAS3008 controllers.
 sas3008_list() {
-    ask sas3ircu list | pick 'number($1) && $2 ~ /3008/ { print $1 }'
+    ask sas3ircu list | pick 'number($1) && $2 ~ /3008/ && !seen[$1]++ { print $1 }'
 }
 
 # sas3008_records LIST: the records of these controllers.

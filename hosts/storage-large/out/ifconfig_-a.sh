@@ -1,0 +1,1 @@
+../../freebsd-10.1/out/ifconfig_-a.sh
