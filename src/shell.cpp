@@ -104,6 +104,7 @@ void shell_capture::killGroup() {
 }
 
 void shell_capture::expire() {
+    m_timed_out = true;
     if (!m_killed)
         printErrLog(m_label, "timed out");
     killGroup();

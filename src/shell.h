@@ -31,6 +31,11 @@ class shell_capture {
     // output. Zero bytes are left out.
     bool readPiece(std::string& piece, std::size_t limit = SHELL_PIECE_SIZE);
 
+    // True once the command has passed its deadline.
+    bool timedOut() const {
+        return m_timed_out;
+    }
+
     // Closes the output and waits for the command, until its deadline at most.
     void close();
 
@@ -45,6 +50,7 @@ class shell_capture {
     int m_fd = -1;
     bool m_reaped = false;
     bool m_killed = false;
+    bool m_timed_out = false;
     std::string m_buffer;
     std::size_t m_position = 0;
     std::chrono::steady_clock::time_point m_deadline;

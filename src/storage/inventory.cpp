@@ -40,6 +40,8 @@ int getSmartStorageUsage() {
         addStorageRaidSELRecord(item);
         uploadItem(*item, TEXTS);
     }
-    checkDrivePresence();
+    // A pass that a hung tool cut short says nothing of the drives behind it.
+    if (!items.timed_out)
+        checkDrivePresence();
     return 0;
 }

@@ -8,6 +8,6 @@
 
 // Runs the inventory script and, when raidCard3rdParty is 1, the RAID-card script. Prints and
 // logs the items, uploads them (parameters 198 and 199), raises drive events and reports missing
-// drives. When the inventory script prints nothing, that is logged and nothing else happens: no
-// drive is taken for missing. Returns 0. Collecting thread only.
+// drives, unless a script timed out. When the inventory script prints nothing, that is logged and
+// nothing else happens: no drive is taken for missing. Returns 0. Collecting thread only.
 int getSmartStorageUsage();

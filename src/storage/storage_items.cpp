@@ -2,7 +2,6 @@
 
 #include "bmc/parameter_upload.h"
 #include "config/logs.h"
-#include "shell.h"
 #include "text.h"
 
 #include <cstdio>
@@ -24,8 +23,9 @@ bool appendPiece(storage_items& items, std::string& piece) {
 
 } // namespace
 
-script_result readItems(storage_items& items, const char* script, const char* label) {
-    shell_capture shell(script, label, SHELL_STORAGE_DEADLINE_S);
+script_result readItems(storage_items& items, const char* script, const char* label,
+                        int deadline_s) {
+    shell_capture shell(script, label, deadline_s);
     if (!shell.started())
         return script_result::not_started;
     const int before = items.total;
@@ -35,6 +35,7 @@ script_result readItems(storage_items& items, const char* script, const char* la
         if (items.total >= STORAGE_ITEMS_MOST || (line_read && items.count >= STORAGE_LINES_MOST))
             break;
     }
+    items.timed_out = items.timed_out || shell.timedOut();
     return items.total > before ? script_result::printed : script_result::nothing_printed;
 }
 

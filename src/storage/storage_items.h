@@ -2,6 +2,7 @@
 // them.
 #pragma once
 
+#include "shell.h"
 #include "system_info.h"
 
 // Counted lines after which reading stops.
@@ -15,8 +16,9 @@ constexpr int STORAGE_ITEMS_MOST = 1024;
 struct storage_items {
     list* head = nullptr;
     list* prev = nullptr;
-    int count = 0; // complete lines
-    int total = 0; // items
+    int count = 0;          // complete lines
+    int total = 0;          // items
+    bool timed_out = false; // a script passed its deadline: what it had not told yet is unknown
 
     storage_items() = default;
     ~storage_items() {
@@ -37,10 +39,10 @@ struct collector_texts {
 
 enum class script_result { not_started, nothing_printed, printed };
 
-// Runs a script, which gets SHELL_STORAGE_DEADLINE_S seconds, and appends what it prints. At least
-// one line is read, then reading goes on until the output ends or one of the limits above is
-// reached.
-script_result readItems(storage_items& items, const char* script, const char* label);
+// Runs a script and appends what it prints until its deadline. At least one line is read, then
+// reading goes on until the output ends or one of the limits above is reached.
+script_result readItems(storage_items& items, const char* script, const char* label,
+                        int deadline_s = SHELL_STORAGE_DEADLINE_S);
 
 // Prints the count, fills the empty fields of every item in place and prints it, logs the count.
 void showItems(storage_items& items, const collector_texts& texts);

@@ -85,6 +85,17 @@ TEST(storage_items, reading) {
     }
 }
 
+TEST(storage_items, hung_script) {
+    storage_items items;
+    EXPECT_EQ(readItems(items, "echo done", TEXTS.label), script_result::printed);
+    EXPECT_FALSE(items.timed_out);
+    EXPECT_EQ(readItems(items, "echo a; printf b; exec sleep 60", TEXTS.label, 1),
+              script_result::printed);
+    EXPECT_TRUE(items.timed_out);
+    EXPECT_EQ(items.count, 2);
+    EXPECT_STREQ(items.prev->parm, "b");
+}
+
 TEST(storage_items, showing_and_uploading) {
     if (!enterSandbox())
         GTEST_SKIP() << SANDBOX_DENIED;
