@@ -107,19 +107,33 @@ static int ask(const std::string& path, const std::string& command) {
 
 static bool listenAll(Server& server, const Options& options) {
     std::string error;
-    for (const std::string& path : options.paths) {
-        server.bmcListeners.push_back(listenUnix(path, error));
-        printf("bmcsim: listening on %s\n", path.c_str());
-    }
-    for (int port : options.ports) {
-        server.bmcListeners.push_back(listenLoopback(port, error));
-        printf("bmcsim: listening on port %d\n", port);
-    }
+    for (const std::string& path : options.paths)
+        server.bmcListeners.push_back({path, 0, {}});
+    for (const int port : options.ports)
+        server.bmcListeners.push_back({"", port, {}});
     for (const std::string& path : options.controls)
-        server.controlListeners.push_back(listenUnix(path, error));
+        server.controlListeners.push_back({path, 0, {}});
+    for (Listener& listener : server.bmcListeners) {
+        if (!openListener(listener, error))
+            break;
+        if (listener.path.empty())
+            printf("bmcsim: listening on port %d\n", listener.port);
+        else
+            printf("bmcsim: listening on %s\n", listener.path.c_str());
+    }
+    for (Listener& listener : server.controlListeners)
+        if (error.empty())
+            openListener(listener, error);
     if (!error.empty())
         fprintf(stderr, "bmcsim: %s\n", error.c_str());
     return error.empty();
+}
+
+static void closeAll(Server& server) {
+    for (Listener& listener : server.bmcListeners)
+        closeListener(listener);
+    for (Listener& listener : server.controlListeners)
+        closeListener(listener);
 }
 
 static bool carryOut(Server& server, const std::vector<std::string>& commands) {
@@ -153,19 +167,19 @@ static int serve(const Options& options) {
     server.bmc.ledger.originMs = server.bmc.ledger.nowMs;
     server.bmc.startMs = server.bmc.ledger.nowMs;
     setSelTime(server.bmc.sel, server.bmc.ledger, static_cast<uint32_t>(time(nullptr)));
-    if (!carryOut(server, options.commands) || !listenAll(server, options))
+    if (!carryOut(server, options.commands))
         return 1;
-    fflush(stdout);
-    ControlClient standard;
-    standard.input = STDIN_FILENO;
-    standard.output = STDOUT_FILENO;
-    server.controls.push_back(std::move(standard));
-    runServer(server, &g_stop);
-    for (const std::string& path : options.paths)
-        unlink(path.c_str());
-    for (const std::string& path : options.controls)
-        unlink(path.c_str());
-    return 0;
+    const bool listening = listenAll(server, options);
+    if (listening) {
+        fflush(stdout);
+        ControlClient standard;
+        standard.input = STDIN_FILENO;
+        standard.output = STDOUT_FILENO;
+        server.controls.push_back(std::move(standard));
+        runServer(server, &g_stop);
+    }
+    closeAll(server);
+    return listening ? 0 : 1;
 }
 
 static int simulate(int count, char** arguments) {

@@ -10,8 +10,9 @@ constexpr size_t FETCH_SIZE = 8;
 constexpr uint32_t CHUNK_BYTES = 32;
 
 static void note(CommandSlot& slot, const Ledger& ledger, const std::string& line) {
-    if (slot.exchange.size() < MAX_EXCHANGE_LINES)
-        slot.exchange.push_back(stampText(ledger) + "  " + line);
+    slot.exchange.push_back(stampText(ledger) + "  " + line);
+    if (slot.exchange.size() > MAX_EXCHANGE_LINES)
+        slot.exchange.pop_front();
 }
 
 static void slotComplaint(CommandSlot& slot, Ledger& ledger, const std::string& text) {

@@ -32,10 +32,10 @@ struct CommandSlot {
     std::deque<SlotCommand> queue; // the front one is on offer
     SlotPhase phase = SlotPhase::IDLE;
     uint32_t nextOffset = 0;
-    uint64_t session = 0; // the last one that fetched
-    size_t idlePolls = 0; // fetches that found nothing
-    size_t released = 0;  // commands released
-    std::vector<std::string> exchange;
+    uint64_t session = 0;             // the last one that fetched
+    size_t idlePolls = 0;             // fetches that found nothing
+    size_t released = 0;              // commands released
+    std::deque<std::string> exchange; // the latest lines
 };
 
 constexpr size_t MAX_EXCHANGE_LINES = 500;

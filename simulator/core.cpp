@@ -14,7 +14,7 @@ std::string stampText(const Ledger& ledger) {
 void complain(Ledger& ledger, const std::string& text) {
     ledger.complaintCount++;
     if (ledger.complaints.size() < MAX_COMPLAINTS)
-        ledger.complaints.push_back(text);
+        ledger.complaints.push_back(text.substr(0, MAX_COMPLAINT_TEXT));
     trace(ledger, "complaint: " + text);
 }
 

@@ -36,7 +36,8 @@ struct Ledger {
     std::deque<std::string> trace;
 };
 
-constexpr size_t MAX_COMPLAINTS = 1000; // kept; later ones are only counted
+constexpr size_t MAX_COMPLAINTS = 1000;     // kept; later ones are only counted
+constexpr size_t MAX_COMPLAINT_TEXT = 1200; // longer ones are cut
 constexpr size_t MAX_TRACE_LINES = 5000;
 
 // "   12.345", seconds since the simulator started.

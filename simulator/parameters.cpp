@@ -131,7 +131,7 @@ static void storeItem(Parameters& parameters, const Session& session, Ledger& le
     std::string text = owner ? stored.piece + value.text : value.text;
     if (!endsItem(value.selector, value.text)) {
         if (owner)
-            stored.piece = text;
+            stored.piece = text.substr(0, 2 * MAX_VALUE);
         return;
     }
     const std::string flaw = valueFlaw(value.selector, text);
@@ -140,7 +140,8 @@ static void storeItem(Parameters& parameters, const Session& session, Ledger& le
     if (!owner)
         return;
     stored.piece.clear();
-    stored.items.push_back(std::move(text));
+    if (stored.items.size() < stored.announced)
+        stored.items.push_back(text.substr(0, MAX_VALUE));
 }
 
 static void takeItem(Parameters& parameters, Session& session, Ledger& ledger,
@@ -175,7 +176,7 @@ static void takeValue(Parameters& parameters, Session& session, Ledger& ledger,
     if (refused)
         return;
     StoredValue& stored = parameters.values[value.selector];
-    stored.text = value.text;
+    stored.text = value.text.substr(0, MAX_VALUE);
     stored.index = value.index;
     stored.uploads++;
     stored.changedMs = ledger.nowMs;

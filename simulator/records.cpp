@@ -7,7 +7,6 @@ namespace bmcsim {
 
 constexpr size_t RECORD_CUT = 511;      // LAN and storage records are cut here
 constexpr size_t NVME_RECORD_CUT = 254; // NVMe records here
-constexpr size_t MAX_VALUE = 1023;      // no value of the agent is longer
 
 uint8_t listOfCount(uint8_t selector) {
     const bool counts = selector == 194 || selector == 198 || selector == 200 || selector == 205;

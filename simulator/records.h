@@ -7,6 +7,7 @@ namespace bmcsim {
 
 constexpr uint8_t FIRST_SELECTOR = 192;
 constexpr uint8_t LAST_SELECTOR = 208;
+constexpr size_t MAX_VALUE = 1023; // no value of the agent is longer
 constexpr uint8_t SELECTOR_TIME = 202;
 constexpr uint8_t SELECTOR_COMMAND = 207;
 constexpr uint8_t SELECTOR_RESULT = 208;

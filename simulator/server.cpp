@@ -12,6 +12,7 @@ namespace bmcsim {
 
 constexpr size_t MAX_CLIENTS = 64;
 constexpr size_t MAX_BACKLOG = 4 << 20; // bytes a client may leave unread before it is dropped
+constexpr size_t MAX_QUEUE = 4096;      // answers that a client may be owed
 constexpr size_t MAX_LINE = 1 << 20;    // of a control client
 constexpr size_t STDOUT_STEP = 4096;    // a pipe that polls writable takes so much
 constexpr int64_t WAIT_TICK_MS = 20;    // how often a wait is looked at without any request
@@ -79,13 +80,14 @@ static void writeClient(BmcClient& client) {
         else if (errno != EAGAIN && errno != EINTR)
             client.dead = true;
     }
-    if (client.out.size() > MAX_BACKLOG || (client.closing && client.out.empty()))
+    if (client.out.size() > MAX_BACKLOG || client.queue.size() > MAX_QUEUE ||
+        (client.closing && client.out.empty()))
         client.dead = true;
 }
 
 static void acceptBmcClient(Server& server, int listener) {
     Descriptor socket = acceptClient(listener);
-    if (socket.get() < 0 || server.away || server.clients.size() >= MAX_CLIENTS)
+    if (socket.get() < 0 || server.clients.size() >= MAX_CLIENTS)
         return; // closes it
     BmcClient client;
     client.socket = std::move(socket);
@@ -101,14 +103,21 @@ static void finishReply(ControlClient& control, const std::string& error) {
     control.out += error.empty() ? "ok\n" : "error: " + error + "\n";
 }
 
-static void perform(Server& server, Action action) {
+// Returns an error text, empty when it is done.
+static std::string perform(Server& server, Action action) {
     if (action == Action::DISCONNECT || action == Action::AWAY)
         for (BmcClient& client : server.clients)
             client.dead = true;
-    if (action == Action::AWAY || action == Action::BACK)
-        server.away = action == Action::AWAY;
+    std::string error;
+    for (Listener& listener : server.bmcListeners) {
+        if (action == Action::AWAY)
+            closeListener(listener);
+        if (action == Action::BACK && listener.socket.get() < 0)
+            openListener(listener, error);
+    }
     if (action == Action::QUIT)
         server.quit = true;
+    return error;
 }
 
 // Carries out the lines that have arrived, up to one that waits.
@@ -120,7 +129,8 @@ static void serveLines(Server& server, ControlClient& control) {
         Outcome outcome = runCommand(server.bmc, line);
         for (const std::string& text : outcome.lines)
             control.out += text + "\n";
-        perform(server, outcome.action);
+        if (outcome.error.empty())
+            outcome.error = perform(server, outcome.action);
         control.wait = std::move(outcome.wait);
         if (!control.wait)
             finishReply(control, outcome.error);
@@ -206,10 +216,10 @@ static std::vector<struct pollfd> watched(const Server& server) {
         const auto events = static_cast<short>((in ? POLLIN : 0) | (out ? POLLOUT : 0));
         polled.push_back({events != 0 ? fd : -1, events, 0});
     };
-    for (const Descriptor& listener : server.bmcListeners)
-        add(listener.get(), true, false);
-    for (const Descriptor& listener : server.controlListeners)
-        add(listener.get(), true, false);
+    for (const Listener& listener : server.bmcListeners)
+        add(listener.socket.get(), true, false);
+    for (const Listener& listener : server.controlListeners)
+        add(listener.socket.get(), true, false);
     for (const BmcClient& client : server.clients)
         add(client.socket.get(), true, !client.out.empty() || client.closing);
     for (const ControlClient& control : server.controls) {
@@ -230,12 +240,12 @@ static void serveEvents(Server& server, const std::vector<struct pollfd>& polled
         at++; // output is tried below in any case
     }
     at = 0;
-    for (const Descriptor& listener : server.bmcListeners)
+    for (const Listener& listener : server.bmcListeners)
         if (polled[at++].revents != 0)
-            acceptBmcClient(server, listener.get());
-    for (const Descriptor& listener : server.controlListeners)
+            acceptBmcClient(server, listener.socket.get());
+    for (const Listener& listener : server.controlListeners)
         if (polled[at++].revents != 0)
-            acceptControl(server, listener.get());
+            acceptControl(server, listener.socket.get());
 }
 
 static bool writable(int fd) {
@@ -272,6 +282,8 @@ void runServer(Server& server, volatile const int* stop) {
         dropDead(server);
     }
     flush(server);
+    server.clients.clear();
+    server.controls.clear();
 }
 
 } // namespace bmcsim

@@ -35,16 +35,16 @@ struct ControlClient {
 
 struct Server {
     Bmc bmc;
-    std::vector<Descriptor> bmcListeners;
-    std::vector<Descriptor> controlListeners;
+    std::vector<Listener> bmcListeners;
+    std::vector<Listener> controlListeners;
     std::vector<BmcClient> clients;
     std::vector<ControlClient> controls;
     int64_t busyUntilMs = 0; // with a delay for all, the BMC serves one request after another
-    bool away = false;
     bool quit = false;
 };
 
-// Runs until `quit` or until a signal set `*stop`; such signals must be blocked outside.
+// Runs until `quit` or until a signal set `*stop`, then ends all connections. SIGINT and SIGTERM
+// must be blocked by the caller; they are let in only where the loop waits.
 void runServer(Server& server, volatile const int* stop);
 int64_t monotonicMs();
 

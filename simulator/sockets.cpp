@@ -84,6 +84,18 @@ Descriptor listenLoopback(int& port, std::string& error) {
     return listener;
 }
 
+bool openListener(Listener& listener, std::string& error) {
+    listener.socket = listener.path.empty() ? listenLoopback(listener.port, error)
+                                            : listenUnix(listener.path, error);
+    return listener.socket.get() >= 0;
+}
+
+void closeListener(Listener& listener) {
+    if (listener.socket.get() >= 0 && !listener.path.empty())
+        unlink(listener.path.c_str());
+    listener.socket = Descriptor();
+}
+
 Descriptor acceptClient(int listener) {
     Descriptor client(accept(listener, nullptr, nullptr));
     if (client.get() < 0 || !prepare(client.get()))

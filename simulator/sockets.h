@@ -33,6 +33,17 @@ class Descriptor {
 Descriptor listenUnix(const std::string& path, std::string& error);
 Descriptor listenLoopback(int& port, std::string& error);
 Descriptor connectUnix(const std::string& path);
+
+// One place to listen: a Unix path, or a loopback port when the path is empty.
+struct Listener {
+    std::string path;
+    int port = 0;
+    Descriptor socket;
+};
+bool openListener(Listener& listener, std::string& error);
+// Nobody can connect any more; the path is removed.
+void closeListener(Listener& listener);
+
 // Accepts one connection, not blocking; -1 inside when there is none.
 Descriptor acceptClient(int listener);
 
