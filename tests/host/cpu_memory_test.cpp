@@ -1,0 +1,121 @@
+#include "host/cpu_memory.h"
+#include "network_host.h"
+
+#include <array>
+#include <limits>
+
+namespace {
+
+TEST(Percentages, TakesTheDifferencesAndMovesOn) {
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    const struct {
+        std::array<std::int64_t, 2> latest, before, diffs;
+        long total;
+    } cases[] = {
+        {{10, 90}, {0, 0}, {10, 90}, 100},
+        {{5, 5}, {5, 5}, {0, 0}, 1},
+        {{3, 20}, {0xFFFFFFFE, 10}, {5, 10}, 15}, // wrapped at 32 bits
+        {{7, 7}, {10, 4}, {-3, 3}, 1},            // went backwards
+        {{most, -2}, {-1, most}, {std::numeric_limits<std::int64_t>::min(), -1}, most},
+    };
+    for (const auto& test : cases) {
+        std::array<std::int64_t, 2> latest = test.latest, before = test.before, diffs{};
+        EXPECT_EQ(percentages(2, latest.data(), before.data(), diffs.data()), test.total);
+        EXPECT_EQ(diffs, test.diffs);
+        EXPECT_EQ(before, test.latest);
+    }
+}
+
+class Usage : public NetworkHost {
+  protected:
+    Usage() {
+        host.tool("sysctl", "echo \"hw.physmem: 1073741824\"");
+        host.tool("top", "echo 'last pid: 1'; cat \"$VYN_SIM_HOST/top\"; echo 'Swap: 1024M Total'");
+    }
+    void memLine(const std::string& items) const {
+        host.file("top", "Mem: " + items + "\n");
+    }
+};
+
+TEST_F(Usage, UploadsTheBusyShareSinceTheCallBefore) {
+    const std::pair<const char*, const char*> calls[] = {
+        {"1 2 3 4 90\n", "10.00;"}, // since boot
+        {"1 2 3 4 90\n", "100.00;"},
+        {"2 2 3 4 92\n", "33.33;"},
+        {"2 2 3 4\n", "0.00;"}, // unreadable
+        {"2 2 3 x 92\n", "0.00;"},
+        {"2 2 3 4 100\n", "0.00;"},
+        {"0 0 0 0 9000000\n", "-0.00;"},
+        {"0 0 0 8999999 0\n", "-899999;"}, // cut to its seven characters
+    };
+    for (const auto& [ticks, text] : calls) {
+        host.file("cp_time.txt", ticks);
+        bmc.forget();
+        const std::string out = printed(getCPUUsage);
+        ASSERT_EQ(values(196).size(), 1U);
+        EXPECT_EQ(values(196)[0], text) << ticks;
+        EXPECT_EQ(out, "CPU Usage % : " + values(196)[0] + "\n");
+    }
+}
+
+TEST_F(Usage, MeasuresMemoryByTheLineOfTop) {
+    const struct {
+        const char* items;
+        const char* text; // uploaded
+    } cases[] = {
+        {"1M Active, 256M Inact, 9M Wired, 9M Buf, 256M Free", "50;"},
+        {"1M Active, 128M Inact, 9M Wired, 9M Cache, 9M Buf, 128M Free", "75;"},
+        {"1M Active, 128M Inact, 9M Laundry, 9M Wired, 131072K Free", "75;"},
+        {"1M Active, 0 Inact, 9M Wired, 9M Buf, 1G Free", "0;"},
+        {"1M Active, 1G Inact, 9M Wired, 9M Buf, 1G Free", "-100;"},
+        {"1M Active, 9999999999999G Inact, 9M Wired, 9M Buf, 1G Free", "-21474836;"},
+        {"1M Active, 256M Inact, 9M Wired, 9M Buf, 9 256M Free", ""}, // 12 words
+        {"1M Active, 256M Inact, 9M Wired, 256M Free", ""},
+        {"1M Active, 256M Inact, 9M Wired, 9M Buf, 0 Free", ""}, // no unit
+        {"1M Active, $(>x)`>x` Inact, 9M Wired, 9M Buf, ;>x Free", ""},
+    };
+    std::size_t failures = 0;
+    for (const auto& test : cases) {
+        memLine(test.items);
+        bmc.forget();
+        const std::string out = printed([] { getMemoryUsage(1); });
+        const std::string text = test.text;
+        EXPECT_EQ(values(197), Texts{text}) << test.items;
+        EXPECT_EQ(out, text.empty() ? "" : "Memory Usage % : " + text + "\n");
+        failures += text.empty();
+        if (sandboxed) {
+            EXPECT_EQ(datedLog("err").size(), failures);
+        }
+    }
+    memLine(cases[0].items);
+    host.onlyTools({"sh", "awk", "grep", "sed", "wc"}); // no bc
+    printed([] { getMemoryUsage(1); });
+    EXPECT_EQ(values(197).back(), "");
+    EXPECT_FALSE(std::filesystem::exists("x"));
+}
+
+TEST_F(Usage, UploadsTheMeanOfAllSamples) {
+    EXPECT_EQ(printed([this] {
+                  for (const int used : {40, 41, 43}) {
+                      memLine("1K Active, 0 Inact, 1K Wired, 1K Buf, " +
+                              std::to_string((100 - used) * 1073741824LL / 100 / 1024 - 1) +
+                              "K Free");
+                      getMemoryUsage(0);
+                  }
+              }),
+              "");
+    EXPECT_TRUE(bmc.uploads().empty());
+    memLine("1K Active, 0 Inact, 1K Wired, 1K Buf, 587202K Free"); // 44
+    printed([] { getMemoryUsage(1); });
+    EXPECT_EQ(values(197), Texts{"42;"});
+    EXPECT_EQ(memory_head, nullptr);
+
+    getMemoryUsage(0);
+    host.file("top", "");
+    printed([] { getMemoryUsage(1); }); // nothing of its own: the samples are dropped
+    EXPECT_EQ(values(197).back(), "");
+    EXPECT_EQ(memory_head, nullptr);
+    EXPECT_EQ(memory_prev, nullptr);
+}
+
+} // namespace

@@ -1,0 +1,179 @@
+#include "host/media_speed.h"
+#include "host/network_inventory.h"
+#include "network_host.h"
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace {
+
+class Lan : public NetworkHost {};
+
+// What ifconfig prints for a link with this medium.
+std::string active(const std::string& medium) {
+    return "\tmedia: Ethernet " + medium + "\n\tstatus: active\n";
+}
+
+TEST_F(Lan, FillsTwelveFieldsAndSorts) {
+    host.file("interfaces.txt", "1 lo0 8049 - 1 0 1 0\n"
+                                "2 em0 8843 02:00:00:00:00:02 1 0 1 0\n"
+                                "3 em1 8802 02:00:00:00:00:01 1 0 1 0 # as em0 in its first bytes\n"
+                                "4 em0.5 8843 02:00:00:00:00:02 1 0 1 0\n"
+                                "5 lagg0 8843 01:ff:00:00:00:00 1 0 1 0\n"
+                                "6 tun0 8843 - 1 0 1 0\n");
+    host.file("addresses.txt", "lo0 127.0.0.1/8\nem0 192.0.2.7/24\nem0 192.0.2.1/24\n"
+                               "em0 fe80::2%em0/64\nem0 198.51.100.1/30\nem0.5 203.0.113.9/0\n");
+    host.file("ifconfig.em0", "\tinet 192.0.2.7 netmask 0xffffff00\n\tinet6 fe80::2%em0 prefixlen "
+                              "64\n" +
+                                  active("autoselect (1000baseT <full-duplex>)"));
+    host.file("ifconfig.em1", active("autoselect (none)"));
+    host.file("ifconfig.em0.5",
+              "\tinet6 fe80::5 prefixlen 64\n\tinet6 2001:db8::5 prefixlen 64\n"
+              "\tmedia: Ethernet autoselect (40Gbase-SR4\n\tstatus: no carrier\n");
+    host.file("ifconfig.lagg0",
+              "\tlaggproto lacp\n\tmedia: Ethernet autoselect\n\tstatus: active\n");
+    host.file("pciconf.em0",
+              "em0@pci0:2:0:0:\tclass=0x020000 chip=0x10d38086\n"
+              "    vendor     = 'Intel Corporation'\n"
+              "    device     = 'Maker's \"best\" card'\n    class      = network\n");
+    host.file("netstat", "default fe80::1%em1 UG em1\nfe80::%em0/64 link#2 U em0\n"
+                         "fe80::2%em0 link#9 UHS lo0\n");
+    host.file("resolv.conf", "search example.org\nnameserver 192.0.2.53\nnameserver ::1\n");
+
+    const std::string out = printed([] { EXPECT_EQ(getLan(), 0); });
+    const std::string dns = "192.0.2.53,::1";
+    const Texts expected{
+        "6;N/A;tun0;N/A;N/A;N/A;N/A;host1;N/A;0;N/A;down;",
+        "5;01:ff:00:00:00:00;lagg0;N/A;N/A;N/A;N/A;host1;" + dns + ";0;N/A;up;",
+        "4;02:00:00:00:00:02;em0.5;203.0.113.9;fe80::5,2001:db8::5;N/A;0.0.0.0;host1;N/A;40960;"
+        "N/A;down;",
+        "3;02:00:00:00:00:01;em1;N/A;N/A;N/A;N/A;host1;" + dns + ";0;N/A;down;",
+        "2;02:00:00:00:00:02;em0;192.0.2.7,192.0.2.1,198.51.100.1;fe80::2%em0;link#9;"
+        "255.255.255.0,255.255.255.252;host1;" +
+            dns + ";1000;Intel Corporation Makers \"best\" card;up;"};
+    EXPECT_EQ(values(195), expected);
+    EXPECT_EQ(values(194), Texts{std::string("\5\0", 2)});
+    EXPECT_EQ(bmc.uploads().front().selector, 194);
+    EXPECT_EQ(out.rfind("Lan items 05\nLan : (6)" + expected[0] + "\nLan : (5)", 0), 0U) << out;
+    EXPECT_EQ(bmc.sent(0x04, 0x02).size(), 2U); // em0 and lagg0 are up
+    if (sandboxed) {
+        EXPECT_EQ(fileText("/opt/norvik/vyn.log").rfind("Lan items ->  5\nLan ->  (6)6;", 0), 0U);
+        EXPECT_EQ(datedLog("com")[0], "add network record   tun0");
+    }
+}
+
+// Nothing that can be reported: a count of zero, no upload, no change detection.
+TEST_F(Lan, EndsTheWalkAtWhatCannotBeRead) {
+    const std::string row2 = "2 em0 8843 02:00:00:00:00:02 1 0 1 0\n";
+    const struct {
+        const char* interfaces; // null: no such file
+        const char* addresses;
+        std::size_t records;
+        const char* error;
+    } cases[] = {
+        {"1 lo0 8049 - 1 0 1 0\n", "", 0, nullptr},
+        {"", "", 0, nullptr},
+        {nullptr, "", 0, "Lan ->  command not found"},
+        {"1 em0 8843 nonsense 1 0 1 0\n", "", 0, "Lan ->  command not found"},
+        {"3 em1 8843 - 1 0 1 0\n1 em0 8843 - 1 0 1 0\n", "", 1, nullptr}, // row 2 has gone
+        {"3 em1 8843 - 1 0 1 0\n", nullptr, 0, "Get Lan ->  getifaddrs error"},
+        {"1 em1 8843 - 1 0 1 0\n", "em1 192.0.2.300/24\n", 0, "Get Lan ->  getifaddrs error"},
+    };
+    std::size_t errors = 0;
+    for (const auto& test : cases) {
+        host.remove("interfaces.txt");
+        host.remove("addresses.txt");
+        if (test.interfaces != nullptr)
+            host.file("interfaces.txt", test.interfaces);
+        if (test.addresses != nullptr)
+            host.file("addresses.txt", test.addresses);
+        bmc.forget();
+        const std::string out = printed([] { getLan(); });
+        EXPECT_EQ(out.substr(0, 13), "Lan items 0" + std::to_string(test.records) + "\n");
+        EXPECT_EQ(values(194).size(), test.records == 0 ? 0U : 1U);
+        EXPECT_EQ(values(195).size(), test.records);
+        if (!sandboxed || test.error == nullptr)
+            continue;
+        ASSERT_EQ(datedLog("err").size(), ++errors);
+        EXPECT_EQ(datedLog("err").back(), test.error);
+    }
+}
+
+TEST_F(Lan, KeepsItsLimits) {
+    std::string rows, addresses;
+    for (int i = 1; i <= 40; ++i)
+        rows += std::to_string(i) + " if" + std::to_string(i) + " 8843 - 1 0 1 0\n";
+    for (int i = 0; i < 100; ++i)
+        addresses += "if40 192.168.100." + std::to_string(100 + i) + "/24\n";
+    host.file("interfaces.txt", rows);
+    host.file("addresses.txt", addresses);
+    // Thousands of lines, and lines of 1,000 characters.
+    host.tool("ifconfig",
+              "awk 'BEGIN { for (i = 0; i < 3000; i++) print \"inet6 fe80::\" i \" x\"\n"
+              "for (i = 0; i < 1000; i++) s = s \"x\"; print \"media \" s; print s }'");
+    host.tool("pciconf",
+              "awk 'BEGIN { for (i = 0; i < 1000; i++) s = s \"x\"; print \"device=\" s }'");
+    host.tool("hostname", "awk 'BEGIN { for (i = 0; i < 1000; i++) printf \"h\" }'");
+    printed([] { getLan(); });
+
+    const Texts records = values(195);
+    ASSERT_EQ(records.size(), 31U);
+    EXPECT_EQ(records[30].substr(0, 8),
+              "10;N/A;i"); // the highest 31 rows, without MAC in walk order
+    for (const std::string& record : records)
+        EXPECT_EQ(record.size(), 511U);
+    // Whole addresses only: 16 of 16 characters with their commas make 256 at most.
+    const std::string ipv4 = records[0].substr(12, records[0].find(';', 12) - 12);
+    EXPECT_EQ(ipv4.substr(ipv4.size() - 15), "192.168.100.115");
+    EXPECT_EQ(std::count(ipv4.begin(), ipv4.end(), ','), 15);
+}
+
+// Neither an interface name nor an address is evaluated by a shell.
+TEST_F(Lan, TakesNamesAsTheyAre) {
+    const Texts names{"uplink.mgmt.001", "a;>x", "a`>x`", "$(>x)", "'>x;'", "a|>x", "-a", "*"};
+    std::string rows;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        rows += std::to_string(names.size() - i) + " " + names[i] + " 8843 - 1 0 1 0\n";
+    host.file("interfaces.txt", rows);
+    host.tool("ifconfig", "printf '%s\\n' \"$*\" >>\"$VYN_SIM_HOST/seen\"\n"
+                          "echo 'inet6 $(>x)`>x`;>x'; echo 'inet6 [\\'; echo 'status: active'");
+    ASSERT_EQ(chdir(host.path("").c_str()), 0);
+    printed([] { getLan(); });
+    ASSERT_EQ(chdir("/"), 0);
+    EXPECT_FALSE(std::filesystem::exists(host.path("x")));
+    EXPECT_EQ(values(195).size(), names.size());
+    const std::string seen = "\n" + host.read("seen");
+    for (const std::string& name : names)
+        EXPECT_NE(seen.find("\n" + (name == "-a" ? "-- -a" : name) + "\n"), std::string::npos)
+            << name;
+}
+
+TEST_F(Lan, MapsMediaToSpeed) {
+    const struct {
+        const char* media;
+        int speed;
+    } cases[] = {
+        {"autoselect (1000baseT <full-duplex>)", 1000},
+        {"autoselect (10Gbase-T <full-duplex,rxpause>)", 10240},
+        {"autoselect (10Gbase-LRM", 10240},
+        {"10Gbase-LR <full-duplex,rxpause,txpause>", 0}, // no parenthesis and no fourth word
+        {"autoselect 100baseTX (<full-duplex>)", 100},
+        {"autoselect 100baseTX <full-duplex>", 100},
+        {"manual 2500baseSX", 2500},
+        {"autoselect (none)", 0},
+        {"autoselect (1000basetx <full-duplex>)", 0},
+        {"", 0},
+    };
+    for (const auto& test : cases) {
+        host.file("ifconfig.em0", active(test.media));
+        EXPECT_EQ(linkSpeed("em0"), test.speed) << test.media;
+    }
+    EXPECT_EQ(linkSpeed("em9"), 0);
+    const std::pair<const char*, int> words[] = {
+        {"10baseT/UTP", 10}, {"100VG-AnyLAN", 100},  {"1000baseLX", 1000},  {"HomePNA", 1},
+        {"10Gbase", 10240},  {"40Gbase-CR4", 40960}, {"10Gbase-Twinax", 0}, {"1000baseT ", 0}};
+    for (const auto& [word, speed] : words)
+        EXPECT_EQ(getSpeedMB(word), speed) << word;
+}
+
+} // namespace
