@@ -10,6 +10,7 @@ card_pattern() {
         head($0, "=") == "raidCards" && text == "" {
             text = head(tail($0, "=") "=", "=")
             gsub(/;/, "", text)
+            gsub(/[ \t]+/, " ", text)
             text = trim(text)
             sub(/^"/, "", text)
             sub(/"$/, "", text)
