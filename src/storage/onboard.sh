@@ -114,8 +114,9 @@ partition_record() {
                 line = substr(line, word_at(line, device) + length(device))
                 sub(/^[^ \t]+/, "", line)
                 split(line, words, " ")
-                if (!number(words[1]) || !number(words[2]) || !number(words[3])) return
+                if (!number(words[1]) || !number(words[2]) || !number(words[3])) return 0
                 blocks = words[1]; used = words[2]; available = words[3]
+                return 1
             }
             function gpart_total(s, unit) {
                 gsub(/\[[^]]*\]/, "", s)
@@ -137,14 +138,14 @@ partition_record() {
             /^@/ { source = $0; next }
             source == "" && wrapped != "" { $0 = wrapped " " $0; wrapped = "" }
             source == "" && NF == 1 { wrapped = $0; next }
-            source == "" && word_at($1, device) == 1 && (blocks == "" || $1 == device) { found = 1; fill($0) }
+            source == "" && word_at($0, device) == 1 && (!found || index($0, device " ") == 1) { found += fill($0) }
             source == "@gpart" && $3 == name && total == nothing { total = gpart_total($0) }
             source == "@newfs" && match($0, /block size [0-9]+/) && size == "" {
                 size = substr($0, RSTART + 11, RLENGTH - 11)
             }
             END {
                 percent = (number(blocks) && blocks + 0 > 0) ? sprintf("%.2f", used / blocks * 100) : "0"
-                print (found + 0) ";" percent ";" size
+                print (found > 0) ";" percent ";" size
                 print sized(used)
                 print sized(available)
                 print (found ? sized(blocks) : total)
