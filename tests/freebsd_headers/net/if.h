@@ -2,8 +2,8 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
-#define IFNAMSIZ 16
-#define IFF_UP 0x1
+#define IFNAMSIZ     16
+#define IFF_UP       0x1
 #define IFF_LOOPBACK 0x8
 
 #if DIALECT == 10

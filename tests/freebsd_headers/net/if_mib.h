@@ -2,8 +2,8 @@
 #include <net/if.h>
 
 #define NETLINK_GENERIC 0
-#define IFMIB_IFDATA 2
-#define IFDATA_GENERAL 1
+#define IFMIB_IFDATA    2
+#define IFDATA_GENERAL  1
 
 struct ifmibdata {
     char ifmd_name[IFNAMSIZ];

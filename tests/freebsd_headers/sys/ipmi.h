@@ -28,7 +28,7 @@ struct ipmi_system_interface_addr {
     short channel;
     unsigned char lun;
 };
-#define IPMICTL_RECEIVE_MSG_TRUNC _IOWR('i', 11, struct ipmi_recv)
-#define IPMICTL_SEND_COMMAND _IOW('i', 13, struct ipmi_req)
+#define IPMICTL_RECEIVE_MSG_TRUNC   _IOWR('i', 11, struct ipmi_recv)
+#define IPMICTL_SEND_COMMAND        _IOW('i', 13, struct ipmi_req)
 #define IPMICTL_SET_GETS_EVENTS_CMD _IOW('i', 16, int)
-#define IPMICTL_SET_MY_ADDRESS_CMD _IOW('i', 17, unsigned int)
+#define IPMICTL_SET_MY_ADDRESS_CMD  _IOW('i', 17, unsigned int)

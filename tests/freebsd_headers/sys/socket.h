@@ -19,7 +19,7 @@ struct sockaddr_storage {
     char rest[112];
 };
 #define AF_UNSPEC 0
-#define AF_INET 2
-#define AF_LINK 18
-#define AF_INET6 28
-#define PF_LINK AF_LINK
+#define AF_INET   2
+#define AF_LINK   18
+#define AF_INET6  28
+#define PF_LINK   AF_LINK
