@@ -104,8 +104,11 @@ void signal_handler(int sig) {
         syslog(LOG_INFO, "Daemon exiting by system off");
         reserveUploads();
         clearData();
-        if (watchdogEnabled == 1)
+        if (watchdogEnabled == 1) {
+            // Held to the end, or the reset thread might find the timer off and start it again.
+            pthread_mutex_lock(&watchdog_reset_lock);
             setWatchdog(0);
+        }
         break;
     case SIGHUP:
         syslog(LOG_WARNING, "Received SIGHUP signal.");
