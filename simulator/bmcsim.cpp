@@ -182,26 +182,27 @@ static int serve(const Options& options) {
     return listening ? 0 : 1;
 }
 
-static int simulate(int count, char** arguments) {
+static std::string joined(const std::vector<std::string>& arguments, size_t from) {
+    std::string text;
+    for (size_t i = from; i < arguments.size(); i++)
+        text += (i > from ? " " : "") + arguments[i];
+    return text;
+}
+
+static int simulate(const std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments[0] == "--help") {
+        printUsage(stdout);
+        return 0;
+    }
+    if (arguments.size() > 2 && arguments[0] == "--ask")
+        return ask(arguments[1], joined(arguments, 2));
     Options options;
-    for (int i = 1; i < count; i++) {
-        const std::string name = arguments[i];
-        if (name == "--help") {
-            printUsage(stdout);
-            return 0;
-        }
-        if (name == "--ask" && i + 2 < count) {
-            std::string command = arguments[i + 2];
-            for (int word = i + 3; word < count; word++)
-                command += std::string(" ") + arguments[word];
-            return ask(arguments[i + 1], command);
-        }
-        if (i + 1 >= count || !takeOption(name, arguments[i + 1], options)) {
-            fprintf(stderr, "bmcsim: %s: wrong option or value (see --help)\n", name.c_str());
+    for (size_t i = 0; i < arguments.size(); i += 2)
+        if (i + 1 == arguments.size() || !takeOption(arguments[i], arguments[i + 1], options)) {
+            fprintf(stderr, "bmcsim: %s: wrong option or value (see --help)\n",
+                    arguments[i].c_str());
             return 1;
         }
-        i++;
-    }
     if (options.paths.empty() && options.ports.empty()) {
         printUsage(stderr);
         return 1;
@@ -212,5 +213,5 @@ static int simulate(int count, char** arguments) {
 } // namespace bmcsim
 
 int main(int count, char** arguments) {
-    return bmcsim::simulate(count, arguments);
+    return bmcsim::simulate(std::vector<std::string>(arguments + 1, arguments + count));
 }
