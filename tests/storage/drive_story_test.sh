@@ -6,7 +6,10 @@ work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 host=$work/host
 cp -RL "$source/hosts/freebsd-10.1" "$host" || exit 1
+# The drives are the story's own.
+rm -rf "${host:?}/dev"
 for tool in camcontrol geom sas3ircu smartctl storcli; do
+    rm -f "$host/out/$tool"*
     cp "$source/hosts/replay" "$host/bin/$tool"
 done
 
