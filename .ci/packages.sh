@@ -2,8 +2,8 @@
 # shellcheck shell=sh disable=SC2034 # the lists are used there
 
 # What is needed, a row each: probe, package on Debian, package on FreeBSD (- where the base
-# system has it or there is no use for it). A probe is a command, or a header with its path
-# below an include folder.
+# system has it or there is no use for it). A probe is a command, a header with its path
+# below an include folder, or a pattern of whole paths.
 build_packages='
 cmake           cmake           cmake
 ninja           ninja-build     ninja
@@ -23,10 +23,17 @@ run-clang-tidy  clang-tidy      -
 ccache          ccache          ccache
 busybox         busybox         -
 original-awk    original-awk    -
+mandoc          mandoc          -
+qemu-system-x86_64 qemu-system-x86 qemu
+/usr/lib/llvm-*/lib/clang/*/include/sanitizer/asan_interface.h libclang-rt-dev -
 '
 
 present() { # PROBE
     case $1 in
+    /*)
+        for path in $1; do [ ! -e "$path" ] || return 0; done
+        return 1
+        ;;
     *.h) [ -e "/usr/include/$1" ] || [ -e "/usr/local/include/$1" ] ;;
     *) command -v "$1" >/dev/null 2>&1 ;;
     esac
