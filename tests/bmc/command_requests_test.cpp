@@ -103,9 +103,9 @@ class CommandTest : public BmcTest {
 };
 
 TEST_F(CommandTest, FetchingInChunks) {
-    std::string text(5000, 'a');
+    std::string text(9000, 'a');
     std::generate(text.begin(), text.end(), [n = 0]() mutable { return char('a' + n++ % 26); });
-    for (const std::size_t size : {0U, 1U, 32U, 40U, 300U, 1023U, 1024U, 5000U}) {
+    for (const std::size_t size : {0U, 1U, 32U, 40U, 300U, 1023U, 1024U, 5000U, 9000U}) {
         post(text.substr(0, size), 7);
         const fetched_command command = fetchCommand();
         EXPECT_TRUE(command.complete);
@@ -113,8 +113,8 @@ TEST_F(CommandTest, FetchingInChunks) {
         EXPECT_EQ(bmc->sent(0x06, 0x59).size(), std::max<std::size_t>(1, (size + 31) / 32));
     }
     EXPECT_EQ(bmc->sent(0x06, 0x59)[0], Bytes({0x10, 0xCF, 0, 0, 0, 0, 0, 32}));
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[9], Bytes({0x10, 0xCF, 0, 7, 0, 33, 1, 32})); // offset 288
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[156], Bytes({0x10, 0xCF, 0, 7, 0, 147, 19, 8}));
+    EXPECT_EQ(bmc->sent(0x06, 0x59)[9], Bytes({0x10, 0xCF, 0, 7, 0, 33, 1, 32}));   // offset 288
+    EXPECT_EQ(bmc->sent(0x06, 0x59)[255], Bytes({0x10, 0xCF, 0, 7, 0, 0, 32, 32})); // offset 8160
 }
 
 TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
@@ -230,9 +230,26 @@ TEST_F(CommandTest, EveryOption) {
                                             {207, 1, "2"}}));
 }
 
+// Changes the pause as another process does: through attachments of its own.
+struct command_line_process {
+    shm* pause_handle = nullptr;
+    shm* cur_pause_handle = nullptr;
+
+    void pause(int value) {
+        pause_handle = setSharedMemory(pause_key, value, pause_handle);
+        if (value == 1)
+            cur_pause_handle = setSharedMemory(cur_pause_key, value, cur_pause_handle);
+    }
+    ~command_line_process() {
+        delete pause_handle;
+        delete cur_pause_handle;
+    }
+};
+
 TEST_F(CommandTest, AResumeAndAStopWakeWhoeverWaits) {
+    command_line_process command_line;
     watchdogResetFreq = WATCHDOG_RESET_FREQ_ABSENT;
-    setPauseFlag(1);
+    command_line.pause(1);
     post("");
     std::thread commands(command_request_handler, nullptr);
     std::thread paused(bmc_restart_monitor_handler, nullptr);
@@ -241,11 +258,11 @@ TEST_F(CommandTest, AResumeAndAStopWakeWhoeverWaits) {
     const auto hurry = [&] { wakeUp(command_request_condition, command_request_lock); };
     EXPECT_TRUE(bmc->waitUntil([&] { return bmc->sent(0x30, 0xB6).size() == 3; }));
     EXPECT_EQ(asked(), 0U);
-    setPauseFlag(0);
+    command_line.pause(0);
     EXPECT_TRUE(bmc->waitUntil([&] { return hurry(), asked() == 1; }));
     EXPECT_EQ(getCurPauseFlag(), 0);
 
-    setPauseFlag(1);
+    command_line.pause(1);
     wakeUp(bmc_restart_monitor_condition, bmc_restart_monitor_lock); // into the pause
     setStopFlag(1);
     hurry();
