@@ -114,7 +114,7 @@ static void disturb(Bmc& bmc, const Message& request, const Plan& plan) {
     const std::string what =
         plan.fault ? faultText(*plan.fault) : "scripted answer " + hexText(*plan.answer);
     trace(bmc.ledger, "fault: " + what);
-    if (concernsSlot(request))
+    if (concernsSlot(request) && (plan.answer || !bmc.slot.queue.empty()))
         disturbSlot(bmc.slot, bmc.ledger, what);
 }
 

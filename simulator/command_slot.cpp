@@ -195,8 +195,11 @@ static void openCycle(CommandSlot& slot, uint64_t session, Ledger& ledger) {
 
 void slotAnswer(CommandSlot& slot, uint64_t session, Ledger& ledger, const Completed& value) {
     const bool opening = opensCycle(value);
-    if (opening && slot.queue.empty() && slot.phase == SlotPhase::IDLE)
-        return; // every five seconds, not worth a line
+    const bool idle = slot.phase == SlotPhase::IDLE || slot.phase == SlotPhase::DISTURBED;
+    if (opening && slot.queue.empty() && idle) { // every five seconds, not worth a line
+        slot.phase = SlotPhase::IDLE;
+        return;
+    }
     note(slot, ledger,
          format("%d      index %d \"%s\"", value.selector, value.index,
                 escapeText(value.text).c_str()));
