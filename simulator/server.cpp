@@ -156,7 +156,7 @@ static void readControl(Server& server, ControlClient& control) {
         serveLines(server, control);
     } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
         control.ended = true;
-        if (!control.in.empty())
+        if (!control.in.empty() && control.in.back() != '\n')
             control.in += '\n'; // a last line without an end
         serveLines(server, control);
     }

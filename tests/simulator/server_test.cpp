@@ -151,8 +151,10 @@ TEST(BmcsimServer, LateAnswersAndLostConnections) {
     const Running running;
     running.ask("fault 06/01 late 300 1");
     const Descriptor client = running.connectBmc();
-    put(client, deviceId(1));
-    put(client, deviceId(2));
+    Bytes both = deviceId(1);
+    for (const uint8_t byte : deviceId(2))
+        both.push_back(byte);
+    put(client, both); // at once, so that both are taken before the first is due
     const std::vector<Message> answers = take(client, 2);
     ASSERT_EQ(answers.size(), 2U);
     EXPECT_EQ(answers[0].sequence, 2); // the late one comes last
