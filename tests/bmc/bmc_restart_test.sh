@@ -29,7 +29,7 @@ check() { # WHAT COMMAND...
 # map, watchdog
 start() {
     rm -f /opt/norvik/vyn.com.log-*
-    agent start-service >/dev/null && bmc wait 30 next 202 2 || return 1
+    agent start-service >/dev/null && bmc wait 60 next 202 2 || return 1
     probes=$(sed -n 's/.* support =   //p' /opt/norvik/vyn.com.log-* | tr '\n' ' ')
     [ "$probes" = "$* " ] || { echo "FAILED probes: $probes"; return 1; }
 }
@@ -57,9 +57,14 @@ for line in 'get watchdog timer' 'set watchdog timer' 'watchdog reset'; do
 done
 
 bmc watchdog b3
-bmc capability off 28
+bmc capability on 28
+bmc file 09 preparing 100000
 bmc drivemap S1234567890=3 WX1=261
-check 'start with the old watchdog' start False True True
+bmc delay 100 # spares the machine most of the polling
+check 'start with a file that is never ready' start False True True
+bmc nofault
+check 'the end of the polling' grep -q \
+    '\] isSupportedNVMe ->  prepare file download done fail$' /opt/norvik/vyn.err.log-*
 printf 'Hdd count,2\nS1234567890,3\nWX1,261\n' >"$work/map"
 check 'the drive map' cmp -s "$work/map" /opt/norvik/vyn.hdd.ini
 check 'the old watchdog runs' bmc wait 40 show watchdog running
