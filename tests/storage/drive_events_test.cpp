@@ -148,17 +148,17 @@ TEST(drive_events, presence) {
     const struct {
         handler add;
         std::string first, back, second;
-        const char *events_new, *events_missing, *events_back;
+        const char *events_new, *events_missing, *events_back, *events_gone_again;
         lines log_init, log_new, log_missing, log_back;
     } rows[] = {
         {addStorageSELRecord, hd("OK"), hd("OK", "19"), "HD;/dev/ada1:Fail:S2:F2;4;SSD;",
-         "FF F0 A0 04 FF, FF 70 A1 04 FF", "FF 70 A0 03 FF", "FF F0 A0 13 FF",
+         "FF F0 A0 04 FF, FF 70 A1 04 FF", "FF 70 A0 03 FF", "FF F0 A0 13 FF", "FF 70 A0 13 FF",
          lines{"add storage record init   /dev/ada0"},
          lines{"add storage record   /dev/ada1", "send Smart SEL   done", "send Smart SEL   done"},
          lines{"checkDrivePresence  HDD missing", "send Smart SEL   done"},
          lines{"send Smart SEL   done"}},
         {addStorage3008ITSELRecord, it("Ready"), it("Ready"), it("Failed", "C0E1S66"),
-         "5F F0 A0 42 01, 5F 70 A1 42 01", "5F 70 A0 07 42", "5F F0 A0 07 42",
+         "5F F0 A0 42 01, 5F 70 A1 42 01", "5F 70 A0 07 42", "5F F0 A0 07 42", "5F 70 A0 07 42",
          lines{"Add 3008 record init  new drive", "Add 3008 record init  C1E2S7"},
          lines{"send Smart SEL   done", "Add 3008 record  new drive", "Add 3008 record  C0E1S66",
                "send Smart SEL   done"},
@@ -167,7 +167,7 @@ TEST(drive_events, presence) {
                "Found 3008 record  C1E2S7"}},
         {addStorageRaidSELRecord, raid("Onln", "C0E252S3"), raid("Onln", "C0E252S3"),
          raid("DHS", "C0E252S4"), "FF F0 A0 04 FF, FF 70 A3 04 FF", "5F 70 A0 03 3C",
-         "FF F0 A0 03 FF",
+         "FF F0 A0 03 FF", "5F 70 A0 03 3C",
          lines{"Add RAID record init  new drive", "Add RAID record init  C0E252S3"},
          lines{"send Smart SEL   done", "Add RAID record  new drive", "Add RAID record  C0E252S4",
                "send Smart SEL   done"},
@@ -203,6 +203,10 @@ TEST(drive_events, presence) {
         expect("", {});
         pass(row.back);
         expect(row.events_back, row.log_back);
+        pass(row.back);
+        expect("", {});
+        pass("");
+        expect(row.events_gone_again, row.log_missing);
         freeDriveLists();
     }
 }
