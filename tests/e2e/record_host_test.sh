@@ -1,6 +1,8 @@
 #!/bin/sh
-# Recording a recorded host gives the same host again; -b hides its serial numbers.
+# Recording a recorded host gives the same host again; -b hides its serial numbers. The record
+# holds every command line that the agent's collectors ask for.
 set -u
+: "${VYN_BUILD:?}"
 here=$(cd "$(dirname "$0")" && pwd)
 run=$here/../../simulator/run-host
 record=$here/../../simulator/record-host
@@ -84,4 +86,24 @@ case $(head -c 24 "$work/blurred/nvme0/controller.bin") in
 'abcd  XX-00XX0'[0-9][0-9][0-9]'       ') ;;
 *) fail "NVMe serial: $(head -c 24 "$work/blurred/nvme0/controller.bin")" ;;
 esac
+
+# What the collectors ask for is there, drives behind controllers and RSTe volumes included.
+cat >"$work/collect" <<'COLLECT'
+for name in osname osversion hdd-type lan memory-util smart smart-lsi smart-intel; do
+    VYN_REPLAY_LOG=$work/asked "$VYN_BUILD/IPMIVYN-sim" -agent "$name" >/dev/null 2>&1
+done
+exec "$record" "$work/$1" 2>/dev/null
+COLLECT
+export work record VYN_SIM_TRANSPORT=none
+for name in freebsd-10.1 storage-sas3008-ir storage-megaraid storage-rste-two; do
+    rm -f "$work/asked"
+    "$run" "$here/../../hosts/$name" sh "$work/collect" "$name" || fail "$name"
+    [ "$(sort -u "$work/asked" | wc -l)" -gt 10 ] || fail "$name: the collectors asked for little"
+    sort -u "$work/asked" | while read -r line; do
+        file=$(printf '%s' "$line" | sed 's/ /_/g; s/\//%2F/g; s/|/%7C/g; s/\*/%2A/g')
+        [ -f "$work/$name/out/$file" ] || [ -f "$work/$name/out/${line%% *}.default.rc" ] ||
+            echo "$name: $line is not recorded"
+    done >"$work/missing"
+    [ ! -s "$work/missing" ] || fail "$(cat "$work/missing")"
+done
 exit "$failed"
