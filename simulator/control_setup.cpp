@@ -51,7 +51,7 @@ std::string setupUnpost(Bmc& bmc, const CommandLine&) {
 
 std::string setupFault(Bmc& bmc, const CommandLine& line) {
     Fault fault;
-    const std::string error = parseFault(line.words, fault);
+    std::string error = parseFault(line.words, fault);
     if (error.empty())
         bmc.faults.faults.push_back(fault);
     return error;
