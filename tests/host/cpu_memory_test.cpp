@@ -1,30 +1,7 @@
 #include "host/cpu_memory.h"
 #include "network_host.h"
 
-#include <array>
-#include <limits>
-
 namespace {
-
-TEST(Percentages, TakesTheDifferencesAndMovesOn) {
-    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    const struct {
-        std::array<std::int64_t, 2> latest, before, diffs;
-        long total;
-    } cases[] = {
-        {{10, 90}, {0, 0}, {10, 90}, 100},
-        {{5, 5}, {5, 5}, {0, 0}, 1},
-        {{3, 20}, {0xFFFFFFFE, 10}, {5, 10}, 15}, // wrapped at 32 bits
-        {{7, 7}, {10, 4}, {-3, 3}, 1},            // went backwards
-        {{most, -2}, {-1, most}, {std::numeric_limits<std::int64_t>::min(), -1}, most},
-    };
-    for (const auto& test : cases) {
-        std::array<std::int64_t, 2> latest = test.latest, before = test.before, diffs{};
-        EXPECT_EQ(percentages(2, latest.data(), before.data(), diffs.data()), test.total);
-        EXPECT_EQ(diffs, test.diffs);
-        EXPECT_EQ(before, test.latest);
-    }
-}
 
 class Usage : public NetworkHost {
   protected:
@@ -42,19 +19,19 @@ TEST_F(Usage, UploadsTheBusyShareSinceTheCallBefore) {
         {"1 2 3 4 90\n", "10.00;"}, // since boot
         {"1 2 3 4 90\n", "100.00;"},
         {"2 2 3 4 92\n", "33.33;"},
-        {"2 2 3 4\n", "0.00;"}, // unreadable
-        {"2 2 3 x 92\n", "0.00;"},
-        {"2 2 3 4 100\n", "0.00;"},
-        {"0 0 0 0 9000000\n", "-0.00;"},
-        {"0 0 0 8999999 0\n", "-899999;"}, // cut to its seven characters
+        {"2 2 3 x 92\n", "0.00;"}, // unreadable
+        {"4294967290 2 3 4 4294967295\n", "50.00;"},
+        {"4 2 3 4 9\n", "50.00;"},         // wrapped at 32 bits
+        {"2 2 3 4 8999998\n", "-0.00;"},   // a counter was reset
+        {"2 2 3 8999993 8\n", "-899998;"}, // cut to its seven characters
+        {"9223372036854775807 1 1 9000000 9\n", "100.00;"},
     };
     for (const auto& [ticks, text] : calls) {
         host.file("cp_time.txt", ticks);
         bmc.forget();
         const std::string out = printed(getCPUUsage);
-        ASSERT_EQ(values(196).size(), 1U);
-        EXPECT_EQ(values(196)[0], text) << ticks;
-        EXPECT_EQ(out, "CPU Usage % : " + values(196)[0] + "\n");
+        EXPECT_EQ(values(196), Texts{text}) << ticks;
+        EXPECT_EQ(out, std::string("CPU Usage % : ") + text + "\n");
     }
 }
 
@@ -83,9 +60,7 @@ TEST_F(Usage, MeasuresMemoryByTheLineOfTop) {
         EXPECT_EQ(values(197), Texts{text}) << test.items;
         EXPECT_EQ(out, text.empty() ? "" : "Memory Usage % : " + text + "\n");
         failures += text.empty();
-        if (sandboxed) {
-            EXPECT_EQ(datedLog("err").size(), failures);
-        }
+        EXPECT_EQ(datedLog("err").size(), failures);
     }
     memLine(cases[0].items);
     host.onlyTools({"sh", "awk", "grep", "sed", "wc"}); // no bc

@@ -21,6 +21,11 @@ class NetworkHost : public testing::Test {
         host.file("resolv.conf", "");
     }
 
+    void SetUp() override {
+        if (!sandboxed)
+            GTEST_SKIP() << SANDBOX_DENIED;
+    }
+
     // The values uploaded under a selector.
     std::vector<std::string> values(int selector) const {
         std::vector<std::string> found;

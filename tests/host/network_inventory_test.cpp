@@ -2,7 +2,6 @@
 #include "host/network_inventory.h"
 #include "network_host.h"
 
-#include <algorithm>
 #include <unistd.h>
 
 namespace {
@@ -56,10 +55,8 @@ TEST_F(Lan, FillsTwelveFieldsAndSorts) {
     EXPECT_EQ(bmc.uploads().front().selector, 194);
     EXPECT_EQ(out.rfind("Lan items 05\nLan : (6)" + expected[0] + "\nLan : (5)", 0), 0U) << out;
     EXPECT_EQ(bmc.sent(0x04, 0x02).size(), 2U); // em0 and lagg0 are up
-    if (sandboxed) {
-        EXPECT_EQ(fileText("/opt/norvik/vyn.log").rfind("Lan items ->  5\nLan ->  (6)6;", 0), 0U);
-        EXPECT_EQ(datedLog("com")[0], "add network record   tun0");
-    }
+    EXPECT_EQ(fileText("/opt/norvik/vyn.log").rfind("Lan items ->  5\nLan ->  (6)6;", 0), 0U);
+    EXPECT_EQ(datedLog("com")[0], "add network record   tun0");
 }
 
 // Nothing that can be reported: a count of zero, no upload, no change detection.
@@ -92,7 +89,7 @@ TEST_F(Lan, EndsTheWalkAtWhatCannotBeRead) {
         EXPECT_EQ(out.substr(0, 13), "Lan items 0" + std::to_string(test.records) + "\n");
         EXPECT_EQ(values(194).size(), test.records == 0 ? 0U : 1U);
         EXPECT_EQ(values(195).size(), test.records);
-        if (!sandboxed || test.error == nullptr)
+        if (test.error == nullptr)
             continue;
         ASSERT_EQ(datedLog("err").size(), ++errors);
         EXPECT_EQ(datedLog("err").back(), test.error);
@@ -100,32 +97,28 @@ TEST_F(Lan, EndsTheWalkAtWhatCannotBeRead) {
 }
 
 TEST_F(Lan, KeepsItsLimits) {
-    std::string rows, addresses;
+    std::string rows, addresses, lines;
     for (int i = 1; i <= 40; ++i)
         rows += std::to_string(i) + " if" + std::to_string(i) + " 8843 - 1 0 1 0\n";
-    for (int i = 0; i < 100; ++i)
-        addresses += "if40 192.168.100." + std::to_string(100 + i) + "/24\n";
+    for (int i = 100; i < 200; ++i)
+        addresses += "if40 192.168.100." + std::to_string(i) + "/24\n";
+    for (int i = 0; i < 3000; ++i)
+        lines += "inet6 fe80::1 x\n";
+    const std::string wide(1000, 'x');
     host.file("interfaces.txt", rows);
     host.file("addresses.txt", addresses);
-    // Thousands of lines, and lines of 1,000 characters.
-    host.tool("ifconfig",
-              "awk 'BEGIN { for (i = 0; i < 3000; i++) print \"inet6 fe80::\" i \" x\"\n"
-              "for (i = 0; i < 1000; i++) s = s \"x\"; print \"media \" s; print s }'");
-    host.tool("pciconf",
-              "awk 'BEGIN { for (i = 0; i < 1000; i++) s = s \"x\"; print \"device=\" s }'");
-    host.tool("hostname", "awk 'BEGIN { for (i = 0; i < 1000; i++) printf \"h\" }'");
+    host.file("lines", lines + "media " + wide + "\ndevice=" + wide + "\n");
+    for (const char* tool : {"ifconfig", "pciconf", "hostname"})
+        host.tool(tool, "exec cat \"$VYN_SIM_HOST/lines\"");
     printed([] { getLan(); });
 
     const Texts records = values(195);
     ASSERT_EQ(records.size(), 31U);
-    EXPECT_EQ(records[30].substr(0, 8),
-              "10;N/A;i"); // the highest 31 rows, without MAC in walk order
+    EXPECT_EQ(records[30].substr(0, 8), "10;N/A;i"); // the rest of the highest rows stays out
     for (const std::string& record : records)
         EXPECT_EQ(record.size(), 511U);
-    // Whole addresses only: 16 of 16 characters with their commas make 256 at most.
-    const std::string ipv4 = records[0].substr(12, records[0].find(';', 12) - 12);
-    EXPECT_EQ(ipv4.substr(ipv4.size() - 15), "192.168.100.115");
-    EXPECT_EQ(std::count(ipv4.begin(), ipv4.end(), ','), 15);
+    // Sixteen addresses with their commas make 255 characters; half an address is none.
+    EXPECT_EQ(records[0].find(",192.168.100.115;"), 12U + 239U);
 }
 
 // Neither an interface name nor an address is evaluated by a shell.
@@ -162,18 +155,15 @@ TEST_F(Lan, MapsMediaToSpeed) {
         {"manual 2500baseSX", 2500},
         {"autoselect (none)", 0},
         {"autoselect (1000basetx <full-duplex>)", 0},
+        {"autoselect (10baseT/UTP <half-duplex>)", 10},
+        {"autoselect (HomePNA <>)", 1},
+        {"autoselect (40Gbase-CR4 <full-duplex>)", 40960},
         {"", 0},
     };
     for (const auto& test : cases) {
         host.file("ifconfig.em0", active(test.media));
         EXPECT_EQ(linkSpeed("em0"), test.speed) << test.media;
     }
-    EXPECT_EQ(linkSpeed("em9"), 0);
-    const std::pair<const char*, int> words[] = {
-        {"10baseT/UTP", 10}, {"100VG-AnyLAN", 100},  {"1000baseLX", 1000},  {"HomePNA", 1},
-        {"10Gbase", 10240},  {"40Gbase-CR4", 40960}, {"10Gbase-Twinax", 0}, {"1000baseT ", 0}};
-    for (const auto& [word, speed] : words)
-        EXPECT_EQ(getSpeedMB(word), speed) << word;
 }
 
 } // namespace
