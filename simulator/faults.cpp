@@ -46,7 +46,7 @@ bool parseTarget(const std::string& text, Target& target) {
     int* const fields[] = {&target.netFn, &target.cmd, &target.first};
     if (parts.size() < 2 || parts.size() > 3)
         return false;
-    for (size_t i = 0; i < parts.size(); i++) {
+    for (size_t i = 0; i < parts.size() && i < std::size(fields); i++) {
         int64_t value = 0;
         if (!parseNumber("0x" + parts[i], 0, i == 0 ? 0x3F : 0xFF, value))
             return false;
