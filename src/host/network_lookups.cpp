@@ -48,7 +48,7 @@ std::string getDNS(const std::string& iface) {
 
 std::string getDescription(const std::string& iface) {
     bool started = false;
-    const std::string description = captureJoined(
+    std::string description = captureJoined(
         "pciconf -lv " + shellOperand(iface) +
             " | egrep -i 'vendor|device' | cut -d'=' -f2 | sed -e 's/ *//' | awk 1 ORS=' ' | "
             "sed -e 's/^[ \t]*//;s/[ \t]*$//' | sed -e \"s/'//g\"",
