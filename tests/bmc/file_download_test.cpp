@@ -40,8 +40,8 @@ struct offered_file {
     }
 
     Bytes read(const Bytes& request) const {
-        const std::size_t offset = request.at(3) | request.at(4) << 8U | request.at(5) << 16U;
-        const std::size_t count = request.at(7) | request.at(8) << 8U;
+        const std::size_t offset = request.at(3) + 256U * request.at(4) + 65536U * request.at(5);
+        const std::size_t count = request.at(7) + 256U * request.at(8);
         const std::size_t from = std::min(offset, bytes.size());
         const std::size_t size = std::min({count, bytes.size() - from, longest_read});
         Bytes response{0x00};
