@@ -14,7 +14,7 @@ constexpr std::size_t SHELL_PIECE_SIZE = 255;
 // of its own. When `deadline` seconds have passed since the start, or the shell has ended but
 // something it left behind keeps the output open and silent, the whole group is killed and what
 // was printed until then counts; passing the deadline writes `label` with "timed out" to the
-// error log. The command text must never hold text that came from a device.
+// error log. Names and addresses go into the command text by way of shellOperand.
 class shell_capture {
   public:
     shell_capture(const std::string& command, const char* label, int deadline_s = SHELL_DEADLINE_S);

@@ -26,6 +26,16 @@ struct list {
 // under threads that may still be at work.
 [[noreturn]] void endProcess(int status);
 
+// Appends the nodes from `first` to `last`, none when `first` is null, at the tail of the list that
+// `head` and `prev` (its last node) describe; `last` becomes `prev`.
+template <class Node>
+void appendNodes(Node*& head, Node*& prev, Node* first, Node* last) {
+    if (first == nullptr)
+        return;
+    (head == nullptr ? head : prev->next) = first;
+    prev = last;
+}
+
 // Appends a zeroed node at the tail of the list that `head` and `prev` (its last node) describe,
 // makes it `prev` and returns it. Ends the process with status 1 when no memory is left.
 template <class Node>
@@ -33,11 +43,7 @@ Node* appendNode(Node*& head, Node*& prev) {
     Node* node = new (std::nothrow) Node{};
     if (node == nullptr)
         endProcess(1);
-    if (head == nullptr)
-        head = node;
-    else
-        prev->next = node;
-    prev = node;
+    appendNodes(head, prev, node, node);
     return node;
 }
 

@@ -52,14 +52,10 @@ std::string sampleMemory() {
             break;
         }
         copyText(node->parm, line);
-        (head == nullptr ? head : prev->next) = node;
-        prev = node;
+        appendNodes(head, prev, node, node);
     }
-    if (head != nullptr) {
-        const std::lock_guard<std::mutex> held(memory_guard);
-        (memory_head == nullptr ? memory_head : memory_prev->next) = head;
-        memory_prev = prev;
-    }
+    const std::lock_guard<std::mutex> held(memory_guard);
+    appendNodes(memory_head, memory_prev, head, prev);
     return lines;
 }
 

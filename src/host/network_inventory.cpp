@@ -2,6 +2,7 @@
 
 #include "bmc/parameter_upload.h"
 #include "config/logs.h"
+#include "host/interface_walk.h"
 #include "host/media_speed.h"
 #include "host/network_events.h"
 #include "host/network_lookups.h"
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstring>
 #include <netdb.h>
 #include <utility>
 #include <vector>
@@ -74,7 +74,7 @@ bool isLinkUp(const std::string& ifname, unsigned flags) {
 
 // The twelve fields of an interface. False when the walk must end.
 bool buildRecord(int row, const platform::ifmibdata& data, std::string& record) {
-    const std::string ifname(data.ifmd_name, strnlen(data.ifmd_name, sizeof data.ifmd_name));
+    const std::string ifname = interfaceName(data);
     std::string ipv4, netmasks;
     if (!ipv4Lists(ifname, ipv4, netmasks))
         return false;
@@ -107,22 +107,15 @@ int collect(list*& head, list*& prev) {
         printErrLog("Lan ->", "command not found");
         return 0;
     }
-    for (int row = rows; row >= 1 && count < MAX_LAN_RECORDS; --row) {
-        platform::ifmibdata data{};
-        if (platform::interface_data(row, data) != 0) {
-            std::perror("read sysctl");
-            break;
-        }
-        if ((data.ifmd_flags & platform::INTERFACE_LOOPBACK) != 0)
-            continue;
+    walkInterfaces(rows, [&](int row, const platform::ifmibdata& data) {
         std::string record;
         if (!buildRecord(row, data, record))
-            break;
+            return false;
         list* node = appendNode(head, prev);
         node->no = row;
         copyText(node->parm, record);
-        ++count;
-    }
+        return ++count < MAX_LAN_RECORDS;
+    });
     return count;
 }
 

@@ -2,6 +2,7 @@
 
 #include "bmc/parameter_upload.h"
 #include "config/logs.h"
+#include "host/interface_walk.h"
 #include "host/media_speed.h"
 #include "host/network_events.h"
 #include "platform/platform.h"
@@ -9,7 +10,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
 #include <string>
 
@@ -25,27 +25,6 @@ constexpr double BITS_PER_MBIT = 1048576;
 // an upload waits.
 std::mutex network_guard;
 
-std::string nameOf(const platform::ifmibdata& data) {
-    return {data.ifmd_name, strnlen(data.ifmd_name, sizeof data.ifmd_name)};
-}
-
-// Calls `take` with the data of at most `most` interfaces that are no loopback, the highest row
-// first, until a row can't be read.
-template <class Take>
-void walkInterfaces(int rows, int most, Take take) {
-    for (int row = rows, taken = 0; row >= 1 && taken < most; --row) {
-        platform::ifmibdata data{};
-        if (platform::interface_data(row, data) != 0) {
-            std::perror("read sysctl");
-            return;
-        }
-        if ((data.ifmd_flags & platform::INTERFACE_LOOPBACK) != 0)
-            continue;
-        take(data);
-        ++taken;
-    }
-}
-
 // Appends a sample per interface and returns their number.
 int sampleInterfaces() {
     int rows = 0, count = 0;
@@ -54,17 +33,14 @@ int sampleInterfaces() {
         return 0;
     }
     network_usage_list *head = nullptr, *prev = nullptr;
-    walkInterfaces(rows, MAX_INTERFACES, [&](const platform::ifmibdata& data) {
+    walkInterfaces(rows, [&](int, const platform::ifmibdata& data) {
         network_usage_list* sample = appendNode(head, prev);
         sample->no = data.ifi_ibytes + data.ifi_obytes;
-        copyText(sample->parm, nameOf(data));
-        ++count;
+        copyText(sample->parm, interfaceName(data));
+        return ++count < MAX_INTERFACES;
     });
-    if (head != nullptr) {
-        const std::lock_guard<std::mutex> held(network_guard);
-        (network_head == nullptr ? network_head : network_prev->next) = head;
-        network_prev = prev;
-    }
+    const std::lock_guard<std::mutex> held(network_guard);
+    appendNodes(network_head, network_prev, head, prev);
     return count;
 }
 
@@ -108,7 +84,7 @@ std::string utilisationText(const network_usage_list* samples, const std::string
 }
 
 std::string usageRecord(const network_usage_list* samples, const platform::ifmibdata& data) {
-    const std::string name = nameOf(data);
+    const std::string name = interfaceName(data);
     if ((data.ifmd_flags & platform::INTERFACE_UP) == 0)
         return name + ":0:" + NETWORK_DOWN + ";0;0;0;0;";
     std::string record = name + ":" + utilisationText(samples, name) + ":" + NETWORK_UP + ";";
@@ -121,14 +97,15 @@ std::string usageRecord(const network_usage_list* samples, const platform::ifmib
 void uploadRecords(const network_usage_list* samples, int count) {
     printIntLog("Network Usage items ->", count);
     ipmiCmdSet(PARM_NETWORK_COUNT, itemCount(count));
-    int rows = 0;
+    int rows = 0, sent = 0;
     if (platform::interface_count(rows) != 0)
         return;
-    walkInterfaces(rows, count, [&](const platform::ifmibdata& data) {
+    walkInterfaces(rows, [&](int, const platform::ifmibdata& data) {
         const std::string record = usageRecord(samples, data);
         printLog("Network Usage % ->", record);
         std::printf("Network Usage -> %s\n", record.c_str());
         ipmiCmdSet(PARM_NETWORK, record);
+        return ++sent < count;
     });
 }
 

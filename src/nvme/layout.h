@@ -11,7 +11,6 @@ constexpr std::size_t HEALTH_SIZE = 512;
 
 using nvme_controller_data = std::array<std::uint8_t, IDENTIFY_SIZE>;
 using nvme_namespace_data = std::array<std::uint8_t, IDENTIFY_SIZE>;
-using nvme_health_information_page = std::array<std::uint8_t, HEALTH_SIZE>;
 
 // Submission queue entry (NVMe 1.4, 4.2)
 constexpr std::size_t CMD_OPC = 0;    // 1 byte

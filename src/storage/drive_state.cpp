@@ -6,14 +6,6 @@ hdd_list *g_hdd_head, *g_hdd_prev, *g_hdd_current;
 hdd_3008_list *g_3008_it_hdd_head, *g_3008_it_hdd_prev, *g_3008_it_hdd_current;
 hdd_3008_list *g_raid_hdd_head, *g_raid_hdd_prev, *g_raid_hdd_current;
 
-void freeDriveLists() {
-    freeNodes(g_hdd_head, g_hdd_prev);
-    freeNodes(g_3008_it_hdd_head, g_3008_it_hdd_prev);
-    freeNodes(g_raid_hdd_head, g_raid_hdd_prev);
-    g_hdd_current = nullptr;
-    g_3008_it_hdd_current = g_raid_hdd_current = nullptr;
-}
-
 drive_bytes itDriveBytes(int controller, int enclosure, int slot) {
     const unsigned place =
         (static_cast<unsigned>(controller) << 6) + (static_cast<unsigned>(enclosure) & 0x3F);

@@ -4,7 +4,7 @@
 
 #include "system_info.h"
 
-// A node is created by a drive's first record and lives until freeDriveLists.
+// A node is created by a drive's first record and lives until the process ends.
 struct hdd_list {           // onboard drive, or member of a software RAID volume
     char index[5];          // drive index, the first 4 characters
     char name[RECORD_SIZE]; // device path, the key
@@ -35,8 +35,6 @@ constexpr int drive_type_controller = 1;
 extern hdd_list *g_hdd_head, *g_hdd_prev, *g_hdd_current;
 extern hdd_3008_list *g_3008_it_hdd_head, *g_3008_it_hdd_prev, *g_3008_it_hdd_current;
 extern hdd_3008_list *g_raid_hdd_head, *g_raid_hdd_prev, *g_raid_hdd_current;
-
-void freeDriveLists();
 
 // The last two bytes of a drive's event record.
 struct drive_bytes {
