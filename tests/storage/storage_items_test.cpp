@@ -21,37 +21,19 @@ TEST(storage_items, reading) {
         std::string script, then;
         script_result result;
         int count, total;
-        std::string first, last;
+        std::string last;
         Bytes announced;
     } rows[] = {
-        {"exit 1", "echo a", script_result::printed, 1, 1, "a;", "a;", {1, 0}},
-        {"echo x", "", script_result::nothing_printed, 1, 1, "x;", "x;", {1, 0}},
-        {"printf '\\n1;2\\nrest'", "echo 3", script_result::printed, 3, 4, ";", "3;", {3, 0}},
-        {"printf '%0300d\\n' 0",
-         "echo 3",
-         script_result::printed,
-         2,
-         3,
-         zeros.substr(0, 255),
-         "3;",
-         {2, 0}},
-        {"printf '%0254d\\n' 0",
-         "printf '%0255d\\n' 0",
-         script_result::printed,
-         2,
-         3,
-         zeros.substr(0, 254) + ";",
-         ";",
-         {2, 0}},
-        {lines(255), "", script_result::nothing_printed, 255, 255, "L;", "L;", {0, 1}},
-        {lines(10000), "", script_result::nothing_printed, 256, 256, "L;", "L;", {1, 1}},
-        {lines(300), lines(300), script_result::printed, 257, 257, "L;", "L;", {2, 1}},
+        {"exit 1", "printf '\\n1;2\\nrest'", script_result::printed, 2, 3, "rest", {2, 0}},
+        {"echo x", "", script_result::nothing_printed, 1, 1, "x;", {1, 0}},
+        {"printf '%0254d\\n' 0", "printf '%0255d\\n' 0", script_result::printed, 2, 3, ";", {2, 0}},
+        {lines(255), "", script_result::nothing_printed, 255, 255, "L;", {0, 1}},
+        {lines(300), lines(300), script_result::printed, 257, 257, "L;", {2, 1}},
         {lines(256),
          "printf '%0300d\\n' 0; echo x",
          script_result::printed,
          257,
          258,
-         "L;",
          zeros.substr(0, 45) + ";",
          {2, 1}},
         {"while :; do printf %0999d 0; done",
@@ -59,7 +41,6 @@ TEST(storage_items, reading) {
          script_result::nothing_printed,
          0,
          1024,
-         zeros.substr(0, 255),
          zeros.substr(0, 255),
          {0, 0}},
     };
@@ -71,8 +52,6 @@ TEST(storage_items, reading) {
         EXPECT_EQ(readItems(items, row.then.c_str(), TEXTS.label), row.result);
         EXPECT_EQ(items.count, row.count);
         EXPECT_EQ(items.total, row.total);
-        ASSERT_NE(items.head, nullptr);
-        EXPECT_EQ(items.head->parm, row.first);
         EXPECT_EQ(items.prev->parm, row.last);
         int number = 0;
         for (const list* item = items.head; item != nullptr; item = item->next)
