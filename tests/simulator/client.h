@@ -1,20 +1,22 @@
-// A client of the simulated BMC inside the test process, and the requests tests send most.
+// A client of the simulated BMC inside the test process, and transcripts of what it says.
 #pragma once
 
 #include "simulator/control.h"
 
-#include <string>
+#include <gtest/gtest.h>
 
 namespace bmcsim {
 
-inline Bytes bytesOf(const std::string& text) {
-    return Bytes(text.begin(), text.end());
-}
-
 inline Bytes hex(const std::string& text) {
     Bytes bytes;
-    parseHex(text, bytes);
+    EXPECT_TRUE(parseHex(text, bytes)) << text;
     return bytes;
+}
+
+// What is wrong contains the expected words; nothing is wrong when there are none.
+inline void expectFlaw(const std::string& flaw, const std::string& expected) {
+    EXPECT_EQ(flaw.empty(), expected.empty()) << flaw;
+    EXPECT_NE(flaw.find(expected), std::string::npos) << flaw;
 }
 
 struct Bench {
@@ -26,12 +28,8 @@ struct Bench {
         session.strict = true; // a client that has just started
     }
     // Completion code and data; empty for silence.
-    Bytes send(uint8_t netFn, uint8_t cmd, const Bytes& data = {}) {
-        return send(session, netFn, cmd, data);
-    }
-    Bytes send(Session& from, uint8_t netFn, uint8_t cmd, const Bytes& data) {
-        const Message request = {0x11, netFn, 0, cmd, data};
-        const Wire wire = handleRequest(bmc, from, request);
+    Bytes send(uint8_t netFn, uint8_t cmd, const Bytes& data) {
+        const Wire wire = handleRequest(bmc, session, {0x11, netFn, 0, cmd, data});
         Bytes answer;
         FrameReader reader;
         const FrameSink sink = {[&](const Message& message) { answer = message.data; },
@@ -39,46 +37,52 @@ struct Bench {
         feedFrames(reader, wire.bytes.data(), wire.bytes.size(), sink);
         return answer;
     }
-    // A whole value in chunks of 32; index below 0 for selectors without one.
-    void upload(uint8_t selector, const std::string& value, int index = -1) {
-        upload(session, selector, value, index);
-    }
-    void upload(Session& from, uint8_t selector, const std::string& value, int index = -1) {
-        size_t offset = 0;
-        do {
-            const std::string part = value.substr(offset, 32);
-            Bytes data = {selector,
-                          0x10,
-                          static_cast<uint8_t>(value.size() % 255),
-                          static_cast<uint8_t>(value.size() / 255),
-                          static_cast<uint8_t>(offset % 255),
-                          static_cast<uint8_t>(offset / 255),
-                          static_cast<uint8_t>(part.size())};
-            if (index >= 0)
-                data.push_back(static_cast<uint8_t>(index));
-            data.insert(data.end(), part.begin(), part.end());
-            send(from, 0x06, 0x58, data);
-            offset += 32;
-        } while (offset < value.size());
-    }
-    void count(uint8_t selector, size_t number) {
-        upload(selector, {static_cast<char>(number % 255), static_cast<char>(number / 255)});
-    }
-    // The reply of a control command; errors begin with "error: ".
-    std::string command(const std::string& line) {
-        const Outcome outcome = runCommand(bmc, line);
-        std::string reply;
-        for (const std::string& text : outcome.lines)
-            reply += text + "\n";
-        return outcome.error.empty() ? reply : "error: " + outcome.error;
-    }
     // All complaints so far, which are forgotten.
     std::string complaints() {
         std::string all;
         for (const std::string& complaint : bmc.ledger.complaints)
             all += complaint + "\n";
-        command("complaints clear");
+        bmc.ledger.complaints.clear();
         return all;
+    }
+    // One step of a transcript: a request (FULL: 32 bytes), its answer and the complaint that it
+    // causes, none if none is given; a request alone is only sent.
+    //   06/58 C0 10 FULL -> C7 ? words
+    // "!command" is a control command, "+1500" lets milliseconds pass, with "*" another client
+    // takes over, at "= name" all begins anew.
+    void play(const std::string& step) {
+        SCOPED_TRACE(step);
+        if (step[0] == '!')
+            EXPECT_EQ(runCommand(bmc, step.substr(1)).error, "");
+        else if (step[0] == '+')
+            bmc.ledger.nowMs += std::stoi(step.substr(1));
+        else if (step[0] == '*')
+            session = newSession(bmc);
+        else if (step[0] == '=')
+            *this = Bench();
+        else
+            exchange(step);
+    }
+    void playAll(const std::string& steps) {
+        for (const std::string& step : splitText(steps, "\n"))
+            if (!step.empty())
+                play(step);
+    }
+
+  private:
+    void exchange(const std::string& step) {
+        const size_t arrow = step.find(" -> ");
+        const size_t mark = step.find(" ? ");
+        std::string text = step.substr(0, arrow).replace(2, 1, " ");
+        for (size_t at = 0; (at = text.find("FULL")) != std::string::npos;)
+            text.replace(at, 4, hexText(Bytes(32, 'A')));
+        const Bytes request = hex(text);
+        const Bytes answer =
+            send(request.at(0), request.at(1), Bytes(request.begin() + 2, request.end()));
+        if (arrow == std::string::npos)
+            return;
+        EXPECT_EQ(hexText(answer), step.substr(arrow + 4, mark - arrow - 4));
+        expectFlaw(complaints(), mark == std::string::npos ? "" : step.substr(mark + 3));
     }
 };
 
