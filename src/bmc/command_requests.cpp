@@ -77,12 +77,11 @@ void serveRequest() {
         return;
     const std::string index = std::to_string(command.index);
     if (command.complete) {
-        command_request request;
-        const command_parse parsed = parseCommandRequest(command.text, request);
-        if (parsed == command_parse::no_key_or_flag)
+        const std::optional<command_request> request = parseCommandRequest(command.text);
+        if (request.has_value())
+            carryOut(index, *request);
+        else
             printErrLog("Command Request", "no key or flag");
-        else if (parsed == command_parse::complete)
-            carryOut(index, request);
     }
     ipmiCmdSet(PARM_COMMAND, index);
 }
@@ -113,15 +112,13 @@ void handOverStop() {
 
 } // namespace
 
-command_parse parseCommandRequest(std::string_view text, command_request& request) {
-    request = {};
+std::optional<command_request> parseCommandRequest(std::string_view text) {
     const std::size_t key = text.find(';');
     const std::size_t key_end = key == text.npos ? text.npos : text.find(';', key + 1);
-    if (key_end == text.npos)
-        return command_parse::no_key_or_flag;
+    if (key_end == text.npos || key_end + 1 == text.size())
+        return std::nullopt;
     const std::string_view rest = text.substr(key_end + 1);
-    if (rest.empty())
-        return command_parse::no_option;
+    command_request request;
     request.key = text.substr(key + 1, key_end - key - 1);
     request.option = static_cast<BYTE>(rest[0]);
     const bool takes_value =
@@ -129,7 +126,7 @@ command_parse parseCommandRequest(std::string_view text, command_request& reques
         request.option == OPTION_LOCATE_OFF || request.option == OPTION_LOCATE_ON;
     if (takes_value && rest.size() > 1)
         request.value = static_cast<BYTE>(rest[1]);
-    return command_parse::complete;
+    return request;
 }
 
 void* command_request_handler(void* /*arg*/) {

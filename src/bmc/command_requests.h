@@ -3,11 +3,12 @@
 // A handled request with command index i and key k is acknowledged in 207 with "i2;", its result
 // posted in 208 as "ik;1;;" (done) or "ik;0;;" (not supported), and 207 released with "i"; the
 // first digit of i travels as the index byte. A malformed one, or one whose fetch failed half-way,
-// is only released.
+// is logged and released.
 #pragma once
 
 #include "system_info.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,13 +31,8 @@ struct command_request {
     BYTE value = 0;
 };
 
-enum class command_parse {
-    complete,
-    no_key_or_flag, // fewer than two separators
-    no_option,      // nothing after the second separator
-};
-
-command_parse parseCommandRequest(std::string_view text, command_request& request);
+// Nothing when the text has no key or no option: fewer than two separators, or nothing behind them.
+std::optional<command_request> parseCommandRequest(std::string_view text);
 
 // Thread body: polls the BMC every 5 seconds, and wakes the paused threads after a resume.
 void* command_request_handler(void* arg);
