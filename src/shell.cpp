@@ -49,13 +49,16 @@ struct spawn_settings {
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
 
-        sigset_t none, all;
+        // Only those that a parent may have left ignored: some systems refuse to touch the rest.
+        sigset_t none, defaults;
         sigemptyset(&none);
-        sigfillset(&all);
+        sigemptyset(&defaults);
+        for (const int sig : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD})
+            sigaddset(&defaults, sig);
         posix_spawnattr_init(&attributes);
         posix_spawnattr_setpgroup(&attributes, 0);
         posix_spawnattr_setsigmask(&attributes, &none);
-        posix_spawnattr_setsigdefault(&attributes, &all);
+        posix_spawnattr_setsigdefault(&attributes, &defaults);
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
                                                   POSIX_SPAWN_SETSIGDEF);
     }
