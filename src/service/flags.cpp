@@ -17,8 +17,8 @@ constexpr std::size_t SEGMENT_SIZE = 32;
 constexpr int SEGMENT_MODE = 0666;
 
 // The flag is one byte that other processes read and write at any time.
-void storeFlag(char* address, int value) {
-    __atomic_store_n(address, static_cast<char>(value), __ATOMIC_RELAXED);
+void storeFlag(void* address, int value) {
+    __atomic_store_n(static_cast<char*>(address), static_cast<char>(value), __ATOMIC_RELAXED);
 }
 
 signed char loadFlag(const void* address) {
@@ -33,24 +33,28 @@ void* attach(int segment) {
     return nullptr;
 }
 
+// Writes a flag and lets the new attachment take the place of the one held.
+int setFlag(shm*& held, key_t which_key, int value) {
+    const shm* before = held;
+    held = setSharedMemory(which_key, value);
+    if (before != nullptr)
+        shmdt(before->shm_addr);
+    delete before;
+    return 0;
+}
+
 } // namespace
 
-shm* setSharedMemory(key_t which_key, int value, shm* held) {
+shm* setSharedMemory(key_t which_key, int value) {
     const int segment = shmget(which_key, SEGMENT_SIZE, IPC_CREAT | SEGMENT_MODE);
-    if (segment == -1)
+    if (segment == -1) {
         std::perror("shmget");
-    if (held != nullptr && held->shm_id == segment) {
-        storeFlag(held->shm_addr, value);
-        return held;
+        return nullptr;
     }
-    if (held != nullptr) {
-        shmdt(held->shm_addr);
-        delete held;
-    }
-    void* address = segment == -1 ? nullptr : attach(segment);
+    void* address = attach(segment);
     if (address == nullptr)
         return nullptr;
-    storeFlag(static_cast<char*>(address), value);
+    storeFlag(address, value);
     return new shm{segment, static_cast<char*>(address)};
 }
 
@@ -69,20 +73,16 @@ int getSharedMemory(key_t which_key) {
 }
 
 int setStopFlag(int value) {
-    stop_shm = setSharedMemory(stop_key, value, stop_shm);
-    return 0;
+    return setFlag(stop_shm, stop_key, value);
 }
 
 int setPauseFlag(int value) {
-    pause_shm = setSharedMemory(pause_key, value, pause_shm);
-    if (value == 1)
-        setCurPauseFlag(1);
-    return 0;
+    setFlag(pause_shm, pause_key, value);
+    return value == 1 ? setCurPauseFlag(1) : 0;
 }
 
 int setCurPauseFlag(int value) {
-    cur_pause_shm = setSharedMemory(cur_pause_key, value, cur_pause_shm);
-    return 0;
+    return setFlag(cur_pause_shm, cur_pause_key, value);
 }
 
 int getStopFlag() {

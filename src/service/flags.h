@@ -30,10 +30,8 @@ int getPauseFlag();
 int getCurPauseFlag();
 
 // Writes the low byte of `value`, creating the 32-byte segment (mode 0666) when it is missing.
-// `held` is the attachment that this process holds for the key, or null: it is used again while
-// the segment is the same, else detached and freed. Returns the attachment, or null after
-// perror("shmget") or perror("shmat").
-shm* setSharedMemory(key_t which_key, int value, shm* held);
+// Returns a new attachment, or null after perror("shmget") or perror("shmat").
+shm* setSharedMemory(key_t which_key, int value);
 // Returns the flag, or 1 after perror("shmget") or perror("shmat").
 int getSharedMemory(key_t which_key);
 

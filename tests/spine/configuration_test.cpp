@@ -115,7 +115,7 @@ TEST(Flags, ReadWriteAndMissingSegments) {
     for (int i = 0; i < 1000; ++i)
         setPauseFlag(i & 1);
     ASSERT_EQ(shmctl(pause_shm->shm_id, IPC_STAT, &segment), 0);
-    EXPECT_EQ(segment.shm_nattch, 1u) << "an attachment is used again";
+    EXPECT_EQ(segment.shm_nattch, 1u) << "attachments do not pile up";
     EXPECT_EQ(segment.shm_perm.mode & 0777, 0666);
 
     shmctl(pause_shm->shm_id, IPC_RMID, nullptr);
