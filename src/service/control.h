@@ -2,7 +2,7 @@
 #pragma once
 
 // Command line. pause and resume return 0, or 1 after printing "no service"; stop returns only to
-// say 1 and otherwise ends the process with status 0.
+// say 1 and otherwise ends the process with status 0. (pause itself is a system call's name.)
 int stop();
 int pause_service();
 int resume_service();

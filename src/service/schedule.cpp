@@ -26,10 +26,22 @@ constexpr int HDD_TYPE_PLAIN = 0;
 constexpr int HDD_TYPE_RSTE = 1;
 constexpr long SAMPLE_SECONDS = 1;
 
+pthread_t monitor_thread, memory_thread, command_request_thread, bmc_restart_monitor_thread,
+    watchdog_reset_thread;
+
 struct worker {
+    pthread_t* thread;
     void* (*body)(void*);
     const char* failure;
-    pthread_t thread;
+};
+
+constexpr worker WORKERS[] = {
+    {&monitor_thread, monitor_handler, " monitor thread create failed"},
+    {&memory_thread, memory_handler, " memory thread create failed"},
+    {&command_request_thread, command_request_handler, " command thread create failed"},
+    {&bmc_restart_monitor_thread, bmc_restart_monitor_handler,
+     " BMC restart monitor thread create failed"},
+    {&watchdog_reset_thread, watchdog_reset_handler, " watchdog reset thread create failed"},
 };
 
 void logSupport(const char* title, bool supported) {
@@ -53,12 +65,18 @@ void collectStorage(int hdd_type) {
         getSmartIntelRSTe();
 }
 
+// Under info_lock, which guards the start time that a pause or resume reads back meanwhile.
+void reportAgent() {
+    const scoped_lock guard(info_lock);
+    getVYNInfo();
+}
+
 void collect(int& hdd_type) {
     printTimeStamp();
     // Taken before the work, so that a request made during the pass is not lost.
     if (static_flag.exchange(0) == 1) {
         hdd_type = getHddType();
-        getVYNInfo();
+        reportAgent();
         getOSName();
         getOSVersion();
     }
@@ -103,21 +121,14 @@ void* memory_handler(void*) {
 }
 
 int initThread() {
-    worker workers[] = {
-        {monitor_handler, " monitor thread create failed", {}},
-        {memory_handler, " memory thread create failed", {}},
-        {command_request_handler, " command thread create failed", {}},
-        {bmc_restart_monitor_handler, " BMC restart monitor thread create failed", {}},
-        {watchdog_reset_handler, " watchdog reset thread create failed", {}},
-    };
-    for (worker& each : workers) {
-        if (pthread_create(&each.thread, nullptr, each.body, nullptr) != 0) {
+    for (const worker& each : WORKERS) {
+        if (pthread_create(each.thread, nullptr, each.body, nullptr) != 0) {
             printErrLog("pthread_create ", each.failure);
             return 1;
         }
     }
     closelog();
-    for (const worker& each : workers)
-        pthread_join(each.thread, nullptr);
+    for (const worker& each : WORKERS)
+        pthread_join(*each.thread, nullptr);
     return 0;
 }
