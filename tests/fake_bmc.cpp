@@ -1,39 +1,15 @@
 #include "fake_bmc.h"
 
+#include "simulator/parameters.h"
+
+#include <chrono>
 #include <cstdlib>
-#include <numeric>
 #include <poll.h>
 #include <stdexcept>
-#include <string.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr std::uint8_t MESSAGE_END = 0xA0, COMMAND_END = 0xA1, ESCAPE = 0xAA;
-
-void put(Bytes& wire, std::uint8_t byte) {
-    if (byte == MESSAGE_END || byte == COMMAND_END || byte == ESCAPE) {
-        wire.push_back(ESCAPE);
-        byte = static_cast<std::uint8_t>(byte | 0x10);
-    }
-    wire.push_back(byte);
-}
-
-std::uint8_t sum(const Bytes& bytes) {
-    return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0));
-}
-
-bool writeAll(int fd, const Bytes& bytes) {
-    for (std::size_t at = 0; at < bytes.size();) {
-        const ssize_t n = ::send(fd, bytes.data() + at, bytes.size() - at, MSG_NOSIGNAL);
-        if (n <= 0)
-            return false;
-        at += static_cast<std::size_t>(n);
-    }
-    return true;
-}
 
 Bytes defaultAnswer(const FakeBmc::Request& request) {
     if (request.netFn == 0x06 && request.cmd == 0x01)
@@ -44,30 +20,21 @@ Bytes defaultAnswer(const FakeBmc::Request& request) {
     return {0xC1};
 }
 
-// Adds one chunk to the values put together so far. Returns why it does not fit, or nothing.
-std::string addChunk(const Bytes& chunk, std::vector<FakeBmc::Upload>& values, std::size_t& owed) {
-    if (chunk.size() < 7)
-        return "short chunk";
-    const int selector = chunk[0];
-    const std::size_t head = selector == 207 || selector == 208 ? 8 : 7;
-    const std::size_t total = chunk[2] + 255U * chunk[3];
-    const std::size_t offset = chunk[4] + 255U * chunk[5];
-    if (chunk[1] != 0x10 || chunk.size() != head + chunk[6] || chunk[6] > 32)
-        return "count does not fit";
-    if (offset == 0) {
-        if (owed != 0)
-            return "previous value incomplete";
-        values.push_back({selector, head == 8 ? chunk[7] : -1, ""});
-        owed = total;
-    } else if (values.empty() || values.back().selector != selector ||
-               values.back().value.size() != offset) {
-        return "offset does not fit";
+// Waits until there is something to read from `fd`; false when `stop` is closed first.
+bool readable(int fd, int stop) {
+    pollfd waiting[] = {{fd, POLLIN, 0}, {stop, POLLIN, 0}};
+    return poll(waiting, 2, -1) > 0 && waiting[1].revents == 0;
+}
+
+void writeAll(int fd, const Bytes& bytes) {
+    for (std::size_t at = 0; at < bytes.size();) {
+        pollfd waiting{fd, POLLOUT, 0};
+        poll(&waiting, 1, -1);
+        const ssize_t count = ::send(fd, bytes.data() + at, bytes.size() - at, MSG_NOSIGNAL);
+        if (count <= 0)
+            return;
+        at += static_cast<std::size_t>(count);
     }
-    if (chunk[6] > owed)
-        return "more than the total";
-    values.back().value.append(chunk.begin() + static_cast<std::ptrdiff_t>(head), chunk.end());
-    owed -= chunk[6];
-    return "";
 }
 
 } // namespace
@@ -77,15 +44,11 @@ FakeBmc::FakeBmc() {
     if (mkdtemp(folder) == nullptr || pipe(m_stop) != 0)
         throw std::runtime_error("fake BMC: no folder or pipe");
     m_folder = folder;
-    m_path = m_folder + "/bmc";
-    m_listener = socket(AF_UNIX, SOCK_STREAM, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    memcpy(address.sun_path, m_path.c_str(), m_path.size() + 1);
-    if (bind(m_listener, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0 ||
-        listen(m_listener, 4) != 0)
-        throw std::runtime_error("fake BMC: can't listen");
-    setenv("VYN_SIM_BMC", m_path.c_str(), 1);
+    m_listener.path = m_folder + "/bmc";
+    std::string error;
+    if (!bmcsim::openListener(m_listener, error))
+        throw std::runtime_error("fake BMC: " + error);
+    setenv("VYN_SIM_BMC", m_listener.path.c_str(), 1);
     m_thread = std::thread(&FakeBmc::serve, this);
 }
 
@@ -93,8 +56,7 @@ FakeBmc::~FakeBmc() {
     close(m_stop[1]);
     m_thread.join();
     close(m_stop[0]);
-    close(m_listener);
-    unlink(m_path.c_str());
+    bmcsim::closeListener(m_listener);
     rmdir(m_folder.c_str());
     unsetenv("VYN_SIM_BMC");
 }
@@ -111,38 +73,37 @@ void FakeBmc::queue(std::uint8_t netFn, std::uint8_t cmd, std::vector<Bytes> res
 
 void FakeBmc::handle(std::uint8_t netFn, std::uint8_t cmd, Handler handler) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_handlers[{netFn, cmd}] = std::make_shared<Handler>(std::move(handler));
-}
-
-std::vector<FakeBmc::Request> FakeBmc::requests(bool detection) const {
-    const std::lock_guard<std::mutex> guard(m_mutex);
-    std::vector<Request> wanted;
-    for (const Request& request : m_requests)
-        if (detection || (request.netFn != 0x2C && (request.netFn != 0x06 || request.cmd != 0x01)))
-            wanted.push_back(request);
-    return wanted;
+    // Shared, so that state in a handler lasts although a copy is called.
+    m_handlers[{netFn, cmd}] = [shared = std::make_shared<Handler>(std::move(handler))](
+                                   const Request& request) { return (*shared)(request); };
 }
 
 std::vector<Bytes> FakeBmc::sent(std::uint8_t netFn, std::uint8_t cmd) const {
+    const std::lock_guard<std::mutex> guard(m_mutex);
     std::vector<Bytes> data;
-    for (const Request& request : requests(true))
+    for (const Request& request : m_requests)
         if (request.netFn == netFn && request.cmd == cmd)
             data.push_back(request.data);
     return data;
 }
 
 std::vector<FakeBmc::Upload> FakeBmc::uploads() const {
+    bmcsim::Parameters parameters;
+    bmcsim::Ledger ledger;
+    bmcsim::Session session;
+    session.strict = true;
     std::vector<Upload> values;
-    std::size_t owed = 0;
     for (const Bytes& chunk : sent(0x06, 0x58)) {
-        const std::string reason = addChunk(chunk, values, owed);
-        if (!reason.empty()) {
-            values.push_back({-1, -1, reason});
-            owed = 0;
-        }
+        bmcsim::Completed value;
+        if (setParameter(parameters, session, ledger, chunk, false, value) != 0)
+            values.push_back({-1, -1, "a chunk that does not fit: " + bmcsim::hexText(chunk)});
+        else if (value.selector != 0)
+            values.push_back({value.selector, value.selector < 207 ? -1 : value.index, value.text});
+        if (session.pending.size() > 1)
+            values.push_back({-1, -1, "two values interleave"});
     }
-    if (owed != 0)
-        values.push_back({-1, -1, "last value incomplete"});
+    if (!session.pending.empty())
+        values.push_back({-1, -1, "a value without its end"});
     return values;
 }
 
@@ -151,8 +112,8 @@ void FakeBmc::forget() {
     m_requests.clear();
 }
 
-bool FakeBmc::waitUntil(const std::function<bool()>& condition, int seconds) {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+bool FakeBmc::waitUntil(const std::function<bool()>& condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (!condition()) {
         if (std::chrono::steady_clock::now() >= deadline)
             return false;
@@ -164,47 +125,27 @@ bool FakeBmc::waitUntil(const std::function<bool()>& condition, int seconds) {
 }
 
 void FakeBmc::serve() {
-    for (;;) {
-        pollfd waiting[] = {{m_listener, POLLIN, 0}, {m_stop[0], POLLIN, 0}};
-        if (poll(waiting, 2, -1) < 0 || waiting[1].revents != 0)
-            return;
-        const int fd = accept(m_listener, nullptr, nullptr);
-        if (fd < 0)
-            continue;
-        converse(fd);
-        close(fd);
+    while (readable(m_listener.socket.get(), m_stop[0])) {
+        const bmcsim::Descriptor client = bmcsim::acceptClient(m_listener.socket.get());
+        writeAll(client.get(), {bmcsim::FRAME_MESSAGE_END, 0xFF, 0x01, bmcsim::FRAME_CONTROL_END});
+        const bmcsim::FrameSink sink{[&](Request message) {
+                                         message.data = respond(message);
+                                         m_answered.notify_all();
+                                         message.netFn++;
+                                         writeAll(client.get(), encodeMessage(message));
+                                     },
+                                     [](const Bytes&) {}, [](const std::string&) {}};
+        bmcsim::FrameReader reader;
+        std::uint8_t bytes[256];
+        ssize_t count = 0;
+        while (readable(client.get(), m_stop[0]) &&
+               (count = read(client.get(), bytes, sizeof bytes)) > 0)
+            feedFrames(reader, bytes, static_cast<std::size_t>(count), sink);
     }
 }
 
-void FakeBmc::converse(int fd) {
-    if (!writeAll(fd, {MESSAGE_END, 0xFF, 0x01, COMMAND_END}))
-        return;
-    Bytes message;
-    while (consume(fd, message)) {
-        if (message.size() < 4 || sum(message) != 0)
-            continue;
-        const Request request{static_cast<std::uint8_t>(message[1] >> 2), message[2],
-                              Bytes(message.begin() + 3, message.end() - 1)};
-        const Bytes answer = respond(request);
-        m_answered.notify_all();
-        if (answer.empty())
-            return;
-        Bytes response{message[0], static_cast<std::uint8_t>(message[1] | 0x04), message[2]};
-        response.insert(response.end(), answer.begin(), answer.end());
-        response.push_back(static_cast<std::uint8_t>(-sum(response)));
-        Bytes wire;
-        for (const std::uint8_t byte : response)
-            put(wire, byte);
-        wire.push_back(MESSAGE_END);
-        if (!writeAll(fd, wire))
-            return;
-    }
-}
-
-// Records the request and finds its answer; handlers run without the lock, so that they may ask
-// this BMC what it received.
 Bytes FakeBmc::respond(const Request& request) {
-    std::shared_ptr<Handler> handler;
+    Handler handler = defaultAnswer;
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         m_requests.push_back(request);
@@ -218,28 +159,5 @@ Bytes FakeBmc::respond(const Request& request) {
         if (known != m_handlers.end())
             handler = known->second;
     }
-    return handler ? (*handler)(request) : defaultAnswer(request);
-}
-
-// Reads up to the end of the next message, control commands skipped. False at the end.
-bool FakeBmc::consume(int fd, Bytes& message) {
-    message.clear();
-    bool escaped = false;
-    for (;;) {
-        pollfd waiting[] = {{fd, POLLIN, 0}, {m_stop[0], POLLIN, 0}};
-        std::uint8_t byte = 0;
-        if (poll(waiting, 2, -1) < 0 || waiting[1].revents != 0 || read(fd, &byte, 1) != 1)
-            return false;
-        if (byte == MESSAGE_END && !message.empty())
-            return true;
-        if (byte == MESSAGE_END || byte == COMMAND_END) {
-            message.clear();
-            escaped = false;
-        } else if (byte == ESCAPE) {
-            escaped = true;
-        } else {
-            message.push_back(static_cast<std::uint8_t>(escaped ? byte & ~0x10 : byte));
-            escaped = false;
-        }
-    }
+    return handler(request);
 }

@@ -7,34 +7,28 @@
 //     ... code under test ...
 //     EXPECT_EQ(bmc.sent(0x30, 0xB6), ...);
 //
-// It shares no code with the agent's encoding of requests. It serves one connection after
-// another on a thread of its own; every member may be called from any thread. Construct it
-// before the first request of the process, since the agent keeps its connection.
+// Its wire format and its reading of uploads are the BMC simulator's, which shares no code with
+// the agent. It serves one connection after another on a thread of its own; every member may be
+// called from any thread. Construct it before the first request of the process, since the agent
+// keeps its connection.
 #pragma once
 
-#include <chrono>
+#include "simulator/frame.h"
+#include "simulator/sockets.h"
+
 #include <condition_variable>
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <ostream>
-#include <string>
 #include <thread>
-#include <utility>
-#include <vector>
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = bmcsim::Bytes;
 
 class FakeBmc {
   public:
-    struct Request {
-        std::uint8_t netFn = 0;
-        std::uint8_t cmd = 0;
-        Bytes data;
-    };
+    using Request = bmcsim::Message;
 
     // One value of Set System Info Parameters, put together from its chunks. `index` is the index
     // byte of selectors 207 and 208, else -1.
@@ -50,8 +44,7 @@ class FakeBmc {
         }
     };
 
-    // Completion code, then data. An empty one is no answer: the connection is dropped, which makes
-    // the request fail.
+    // Completion code, then data. Runs without a lock: it may ask this BMC what it received.
     using Handler = std::function<Bytes(const Request&)>;
 
     FakeBmc();
@@ -66,38 +59,28 @@ class FakeBmc {
     void queue(std::uint8_t netFn, std::uint8_t cmd, std::vector<Bytes> responses);
     void handle(std::uint8_t netFn, std::uint8_t cmd, Handler handler);
 
-    // Everything received so far, in order; Get Device ID and PICMG (NetFn 0x2C), which the
-    // request channel sends on its own, only with `detection`.
-    std::vector<Request> requests(bool detection = false) const;
-    // The request data of one command, in order.
+    // The request data of one command received so far, in order.
     std::vector<Bytes> sent(std::uint8_t netFn, std::uint8_t cmd) const;
-    // The whole values uploaded, in the order in which their first chunks came. A chunk whose
-    // length, total or offset does not fit is an upload with selector -1 and the reason.
+    // The whole values uploaded, in order. A chunk that does not fit is an upload with selector -1.
     std::vector<Upload> uploads() const;
     void forget(); // what was received so far
 
-    // Blocks until the condition holds, looked at after every answer. False after `seconds`.
-    bool waitUntil(const std::function<bool()>& condition, int seconds = 20);
-
-    const std::string& path() const {
-        return m_path;
-    }
+    // Blocks until the condition holds. False after 20 seconds.
+    bool waitUntil(const std::function<bool()>& condition);
 
   private:
     using Key = std::pair<std::uint8_t, std::uint8_t>;
 
     void serve();
-    void converse(int fd);
     Bytes respond(const Request& request);
-    bool consume(int fd, Bytes& message);
 
-    std::string m_folder, m_path;
-    int m_listener = -1;
+    std::string m_folder;
+    bmcsim::Listener m_listener;
     int m_stop[2] = {-1, -1};
     std::thread m_thread;
     mutable std::mutex m_mutex;
     std::condition_variable m_answered;
     std::map<Key, std::deque<Bytes>> m_queues;
-    std::map<Key, std::shared_ptr<Handler>> m_handlers; // shared, so that state in one lasts
+    std::map<Key, Handler> m_handlers;
     std::vector<Request> m_requests;
 };

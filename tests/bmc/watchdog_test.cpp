@@ -7,25 +7,6 @@ namespace {
 
 using WatchdogTest = BmcTest;
 
-TEST_F(WatchdogTest, TheProbeFindsTheCommandNumber) {
-    struct {
-        Bytes first, second;
-        int enabled, command;
-    } const cases[] = {
-        {{0x00, 0x00}, {0x00}, 1, 0xB6}, {{0xC1}, {0x00}, 1, 0xB3}, {{0xC1}, {0xC1}, 0, 0xB3}};
-    for (const auto& c : cases) {
-        bmc->forget();
-        bmc->answer(0x30, 0xB6, c.first);
-        bmc->answer(0x30, 0xB3, c.second);
-        EXPECT_EQ(checkWatchdog(), c.enabled);
-        EXPECT_EQ(watchdogEnabled, c.enabled);
-        EXPECT_EQ(watchdogCmd, c.command);
-    }
-    EXPECT_TRUE(datedLog("err").empty()) << "the probe logs nothing";
-    setWatchdog(0);
-    EXPECT_EQ(bmc->sent(0x30, 0xB3).back(), Bytes({0x03, 0x00, 0x00}));
-}
-
 TEST_F(WatchdogTest, APassEnablesAndResets) {
     struct {
         Bytes state;
