@@ -1,37 +1,23 @@
 #!/bin/sh
 # The BMC's command requests against the daemon: what each does, and what 207 and 208 are given
-# for it, in order. VYN_BUILD and VYN_SOURCE name the two folders.
-# shellcheck disable=SC2317
-set -u
-build=${VYN_BUILD:?} source=${VYN_SOURCE:?}
+# for it, in order.
+# shellcheck source=tests/daemon.sh
+. "${VYN_SOURCE:?}/tests/daemon.sh"
 
 if [ $# -eq 0 ]; then
-    work=$(mktemp -d) || exit 1
-    bmcsim_pid=
-    trap '[ -z "$bmcsim_pid" ] || kill "$bmcsim_pid" 2>/dev/null; rm -rf "$work"' EXIT
-    cp -RL "$source/hosts/freebsd-10.1" "$work/host"
-    mkdir -p "$work/host/nvme1"
-    : >"$work/host/dev/nvme1"
+    host=$(mktemp -d) || exit 1
+    trap 'rm -rf "$host"' EXIT
+    cp -RL "$source/hosts/freebsd-10.1/." "$host"
+    mkdir -p "$host/nvme1"
+    : >"$host/dev/nvme1"
     { # the serial number stands at byte 4 of the page
         printf 'nvmeSERIAL-0001'
         head -c 4081 /dev/zero
-    } >"$work/host/nvme1/controller.bin"
-    "$build/bmcsim" --listen "$work/bmc" --control "$work/control" --do 'watchdog none' \
-        --do 'nvme 1 2 5 SERIAL-0001' </dev/null >"$work/log" 2>&1 &
-    bmcsim_pid=$!
-    cp "$0" "$work/scenario"
-    export work VYN_SIM_BMC="$work/bmc"
-    "$source/simulator/run-host" "$work/host" sh "$work/scenario" inside
+    } >"$host/nvme1/controller.bin"
+    (scenarios 'pause period locate odd' "$host" \
+        --do 'watchdog none' --do 'nvme 1 2 5 SERIAL-0001')
     exit
 fi
-
-failed=0
-bmc() { "$build/bmcsim" --ask "$work/control" "$@" >"$work/reply"; }
-check() { # WHAT COMMAND...
-    what=$1
-    shift
-    "$@" || { echo "FAILED $what: $(cat "$work/reply")"; failed=1; }
-}
 
 released=0
 # request NAME EXCHANGE COMMAND...: posts a command and compares what the slot saw until its
@@ -39,7 +25,7 @@ released=0
 request() {
     name=$1 wanted=$2
     shift 2
-    bmc "$@" || { echo "FAILED $name: $(cat "$work/reply")"; failed=1; }
+    check "$name" bmc "$@"
     released=$((released + 1))
     check "$name: release" bmc wait 30 released "$released"
     bmc show command
@@ -47,48 +33,54 @@ request() {
         $2 == 207 || $2 == 208 { gsub(/"/, ""); seen = seen $2 " " $4 " " $5 ", " }
         END { print seen }' "$work/reply")
     printf '%-24s %s\n' "$name" "$got"
-    [ "$got" = "$wanted" ] || { echo "FAILED $name: wanted $wanted"; failed=1; }
-}
-error_line() {
-    grep -q "^\[..../../.. ..:..:..\] $1\$" /opt/norvik/vyn.err.log-*
+    [ "$got" = "$wanted" ] || fail "$name: wanted $wanted"
 }
 
-check 'the simulator answers' bmc help
 printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
-check start "$build/IPMIVYN-sim" -agent start-service >/dev/null
+check start agent start-service >/dev/null
 check 'the first cycle' bmc wait 30 next 202 2
-
-request 'pause' '208 0 , 207 0 2;, 208 0 abc;1;;, 207 0 , ' post 0 abc 1 1
-check 'paused' bmc wait 1 show agent paused
-no_cycle() { ! bmc wait 3 next 202 2>/dev/null; }
-check 'no cycle in a pause' no_cycle
-request 'resume' '208 0 , 207 0 2;, 208 0 abc;1;;, 207 0 , ' post 0 abc 1 0
-check 'running' bmc wait 1 show agent running
-check 'cycles after the resume' bmc wait 7 next 202 2
-request 'period 90' '208 0 , 207 3 2;, 208 3 abc;1;;, 207 3 , ' post 3 abc 2 90
-check 'its setting' grep -q 'updateFreq = 60;' /opt/norvik/vyn.ini
-# The monitor is still waiting out the minute: what is cleared now stays so.
-request 'clear' '208 0 , 207 0 2;, 207 255 , 208 255 , 208 0 k;1;;, 207 0 , ' post 0 k 3
-for selector in 192 193 196 197 202 203 204; do
-    check "cleared $selector" bmc wait 1 equals "$selector" ''
-done
-# only the first digit of an index fits the index byte
-request 'nothing' '208 0 , 207 1 22;, 208 1 2abc;1;;, 207 1 2, ' post 12 abc 4
-request 'static pass' '208 0 , 207 9 2;, 208 9 abc;1;;, 207 9 , ' post 9 abc 5
-request 'locate on' '208 0 , 207 0 2;, 208 0 abc;1;;, 207 0 , ' post 0 abc 8 1
-check 'LED on' bmc wait 1 show leds on
-request 'locate off' '208 0 , 207 0 2;, 208 0 abc;1;;, 207 0 , ' post 0 abc 7 1
-check 'LED off' bmc wait 1 show leds off
-request 'unknown option' '208 0 , 207 0 2;, 208 0 abc;0;;, 207 0 , ' post 0 abc 6
-check 'its number' error_line 'Command Request option fail->  6'
-check 'its line' error_line 'Command Request  not support command request'
-# by now the minute is over
-check 'the static pass' bmc wait 60 equals 192 'FreeBSD;'
-request 'no separators' '208 0 , 207 0 , ' postraw 0 616263
-check 'its line' error_line 'Command Request  no key or flag'
-bmc fault 06/59 code C1 1
-request 'a refused fetch, then' '208 0 , 208 0 , 207 0 2;, 208 0 abc;1;;, 207 0 , ' post 0 abc 4
-check 'its line' error_line 'get command request command fail, cCode->  193'
-bmc complaints
-! grep -vx ok "$work/reply" || failed=1
+done0='208 0 , 207 0 2;, 208 0 abc;1;;, 207 0 , '
+case $1 in
+pause)
+    request 'pause' "$done0" post 0 abc 1 1
+    check 'paused' bmc wait 1 show agent paused
+    # shellcheck disable=SC2317
+    no_cycle() { ! bmc wait 3 next 202 2>/dev/null; }
+    check 'no cycle in a pause' no_cycle
+    request 'resume' "$done0" post 0 abc 1 0
+    check 'running' bmc wait 1 show agent running
+    check 'cycles after the resume' bmc wait 7 next 202 2
+    ;;
+period)
+    request 'period 90' '208 0 , 207 3 2;, 208 3 abc;1;;, 207 3 , ' post 3 abc 2 90
+    check 'its setting' grep -q 'updateFreq = 60;' /opt/norvik/vyn.ini
+    # The monitor is still waiting out the minute: what is cleared now stays so.
+    request 'clear' '208 0 , 207 0 2;, 207 255 , 208 255 , 208 0 k;1;;, 207 0 , ' post 0 k 3
+    for selector in 192 193 196 197 202 203 204; do
+        check "cleared $selector" bmc wait 1 equals "$selector" ''
+    done
+    request 'static pass' '208 0 , 207 9 2;, 208 9 abc;1;;, 207 9 , ' post 9 abc 5
+    agent pause-service >/dev/null && agent resume-service >/dev/null # ends the minute
+    check 'the static pass' bmc wait 20 equals 192 'FreeBSD;'
+    ;;
+locate)
+    request 'locate on' "$done0" post 0 abc 8 1
+    check 'LED on' bmc wait 1 show leds on
+    request 'locate off' "$done0" post 0 abc 7 1
+    check 'LED off' bmc wait 1 show leds off
+    # only the first digit of an index fits the index byte
+    request 'nothing' '208 0 , 207 1 22;, 208 1 2abc;1;;, 207 1 2, ' post 12 abc 4
+    ;;
+odd)
+    request 'unknown option' '208 0 , 207 0 2;, 208 0 abc;0;;, 207 0 , ' post 0 abc 6
+    check 'its number' error_line 'Command Request option fail->  6'
+    check 'its line' error_line 'Command Request  not support command request'
+    request 'no option' '208 0 , 207 0 , ' postraw 0 783B6162633B
+    check 'its line' error_line 'Command Request  no key or flag'
+    bmc fault 06/59 code C1 1
+    request 'a refused fetch, then' "208 0 , $done0" post 0 abc 4
+    check 'its line' error_line 'get command request command fail, cCode->  193'
+    ;;
+esac
+no_complaints
 exit "$failed"
