@@ -78,7 +78,8 @@ TEST_F(DriveEvents, OddStates) {
 
 // A drive is there from the start, a second one appears, the first goes, comes back and goes.
 TEST_F(DriveEvents, PresenceAndLog) {
-    const bool sandboxed = enterSandbox();
+    if (!enterSandbox())
+        GTEST_SKIP() << SANDBOX_DENIED;
     const struct {
         handler add;
         std::string first, back, second, events, log; // "*": an event has been sent
@@ -121,9 +122,7 @@ TEST_F(DriveEvents, PresenceAndLog) {
     }
     for (const std::string& line : datedLog("com"))
         logged += (line == "send Smart SEL   done" ? "*" : line) + "|";
-    if (sandboxed) {
-        EXPECT_EQ(logged, expected);
-    }
+    EXPECT_EQ(logged, expected);
 }
 
 // A list that is still empty after the first pass: an onboard drive counts as known from the

@@ -85,17 +85,11 @@ events() {
 display() {
     awk -v kind="$1" -v raid="$2" '
         function line(name, value) { printf "  %-40s: %s\n", name, value }
-        function title(text) { print rule; print text; print rule }
         BEGIN {
-            rule = "------------------------------------------------------------------------"
-            title("Controller information")
+            print "Controller information"
             line("Controller type", "SAS3008")
-            line("BIOS version", "8.1")
-            line("Firmware version", "9.2")
-            line("Channel description", "1 Serial Attached SCSI")
             line("RAID Support", raid)
-            title("IR Volume information")
-            title("Physical device information")
+            print "IR Volume information\nPhysical device information"
         }
         $1 != kind { next }
         {
@@ -112,16 +106,15 @@ display() {
             line("Serial No", "S" kind $2)
             line("Drive Type", "SATA_HDD")
         }
-        END { title("Enclosure information") }'
+        END { print "Enclosure information" }'
 }
 
 # card: what storcli tells of the RAID card, the drives from standard input.
 card() {
     awk 'BEGIN {
             rule = "------------------------------------------------"
-            print "Product Name = RAIDX9\nBIOS Version = 1\nFW Version = 2"
-            print "Device Interface = SAS-12G\n\nPD LIST :\n=======\n"
-            print rule "\nEID:Slt DID State DG     Size Intf Med Model    \n" rule
+            print "Product Name = RAIDX9\n\nPD LIST :\n=======\n\n" rule
+            print "EID:Slt DID State DG     Size Intf Med Model    \n" rule
         }
         $1 == "raid" { printf "%-7s %3d %-7s - %5d GB SATA SSD M 1\n", "252:" $2, $2, $3, 100 }
         END { print rule "\n\nUBad-Unconfigured Bad|Onln-Online|GHS-Global Hotspare" }'
@@ -129,16 +122,11 @@ card() {
 
 # health STATE: what smartctl -H tells.
 health() {
-    verdict='SMART overall-health self-assessment test result:'
     case $1 in
-    passed) echo "$verdict PASSED" ;;
-    'passed but')
-        echo "$verdict PASSED"
-        printf 'Please note the following marginal Attributes:\nID# ATTRIBUTE_NAME\n'
-        ;;
-    failed) echo "$verdict FAILED!" ;;
-    silent) ;;
+    passed*) echo 'SMART overall-health self-assessment test result: PASSED' ;;
+    failed) echo 'SMART overall-health self-assessment test result: FAILED!' ;;
     esac
+    [ "$1" != 'passed but' ] || printf 'Please note the following marginal Attributes:\nID# ATTRIBUTE_NAME\n'
 }
 
 # prepare NUMBER FOLDER: the tools' outputs of an act.

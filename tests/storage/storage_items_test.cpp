@@ -1,8 +1,7 @@
-// Lines of a storage script become items, and items reach the BMC.
+// Lines of a storage script become items.
 #include "storage/storage_items.h"
 
 #include "fake_bmc.h"
-#include "sandbox.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -73,24 +72,6 @@ TEST(storage_items, hung_script) {
     EXPECT_TRUE(items.timed_out);
     EXPECT_EQ(items.count, 2);
     EXPECT_STREQ(items.prev->parm, "b");
-}
-
-TEST(storage_items, showing_and_uploading) {
-    if (!enterSandbox())
-        GTEST_SKIP() << SANDBOX_DENIED;
-    FakeBmc bmc;
-    storage_items items;
-    readItems(items, "echo 'a;;b'; echo 'PT;x:0::::'; printf '%0254d' 0 | tr 0 ';'", TEXTS.label);
-    testing::internal::CaptureStdout();
-    showItems(items, TEXTS);
-    const std::string printed = testing::internal::GetCapturedStdout();
-    const std::string head =
-        "Items 0 2\nItem : a;N/A;b;\nItem : PT;x:0:N/A:N/A:N/A:N/A;\nItem : ;N/A;N/A";
-    EXPECT_EQ(printed.substr(0, head.size()), head);
-    EXPECT_EQ(std::string(items.prev->parm).size(), RECORD_SIZE - 1);
-    uploadItem(*items.head, TEXTS);
-    EXPECT_EQ(fileText("/opt/norvik/vyn.log"), "count ->  2\nitem ->  a;N/A;b;\n");
-    EXPECT_EQ(bmc.uploads().back(), (FakeBmc::Upload{199, -1, "a;N/A;b;"}));
 }
 
 } // namespace
