@@ -4,13 +4,7 @@
 #include "bmc/command_requests.h"
 #include "fuzz/fuzz_bytes.h"
 
-#include <cstdlib>
 #include <vector>
-
-static void require(bool holds) {
-    if (!holds)
-        std::abort();
-}
 
 static void parse(std::string_view text) {
     const auto request = parseCommandRequest(text);

@@ -107,7 +107,6 @@ TEST_F(Exchange, EndsAfterEveryFaultAndWorksAgain) {
         {"IBF stays set", [](faults& f) { f.ibf_stuck = true; }, EXIT_LINE, 0.9, 0},
         {"ERROR at start", [](faults& f) { f.error_at_start = true; }, ERROR_LINES, 0, 0},
         {"ERROR in frame", [](faults& f) { f.error_after_bytes = 3; }, ERROR_LINES, 0, 0},
-        {"ERROR at the end", [](faults& f) { f.error_after_bytes = 6; }, ERROR_LINES, 0, 0},
         {"ERROR in response", [](faults& f) { f.error_after_response_bytes = 2; }, ERROR_LINES, 0,
          1},
         {"READ runs dry", [](faults& f) { f.silent_after = 4; }, EXIT_LINE, 0.9, 1},

@@ -5,7 +5,7 @@
 #include "smipmi.h"
 
 #include <csignal>
-#include <dirent.h>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -28,13 +28,9 @@ reply request(const Bytes& data = {}, BYTE cmd = OEM_COMMAND) {
     return result;
 }
 
-std::size_t openDescriptors() {
-    std::size_t count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    while (readdir(folder) != nullptr)
-        ++count;
-    closedir(folder);
-    return count;
+std::ptrdiff_t openDescriptors() {
+    using std::filesystem::directory_iterator;
+    return std::distance(directory_iterator("/proc/self/fd"), directory_iterator());
 }
 
 } // namespace
@@ -53,7 +49,6 @@ TEST(Channel, RequestAndResponseTravelWhole) {
     EXPECT_EQ(request(Bytes(127)).code, TRANSPORT_FAILED);
     EXPECT_EQ(ipmi_ver, 0x02);
     EXPECT_EQ(KCS_DATA, 0xCA2u);
-    // Get Device ID once, the two PICMG probes at most once, then the three requests.
     EXPECT_EQ(bmc.sent(NETFN_APP, CMD_GET_DEVICE_ID).size(), 1u);
     EXPECT_EQ(bmc.sent(NETFN_OEM, OEM_COMMAND).size(), 3u);
 }
@@ -99,7 +94,7 @@ TEST(Channel, ASignalDuringTheWaitLosesNothing) {
 TEST(Channel, FailedOpensLeakNothing) {
     setenv("VYN_SIM_TRANSPORT", "none", 1);
     request();
-    const std::size_t before = openDescriptors();
+    const std::ptrdiff_t before = openDescriptors();
     for (int i = 0; i < 1000; ++i)
         ASSERT_EQ(request().code, TRANSPORT_FAILED);
     EXPECT_EQ(openDescriptors(), before);

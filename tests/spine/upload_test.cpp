@@ -14,23 +14,20 @@ std::vector<Bytes> chunks(const FakeBmc& bmc) {
     return bmc.sent(NETFN_APP, CMD_SET_SYSTEM_INFO_PARAMS);
 }
 
-Bytes head(const Bytes& chunk) {
-    return Bytes(chunk.begin(), chunk.begin() + 7);
-}
-
 } // namespace
 
 TEST(Upload, ValuesAreCutInto32ByteChunksInBase255) {
     FakeBmc bmc;
-    const std::string text(300, 'x');
-    ipmiCmdSet(PARM_LAN, text);
+    ipmiCmdSet(PARM_LAN, std::string(300, 'x'));
     const auto sent = chunks(bmc);
     ASSERT_EQ(sent.size(), 10u);
-    EXPECT_EQ(head(sent[0]), (Bytes{195, 0x10, 45, 1, 0, 0, 32}));
-    EXPECT_EQ(sent[0].size(), 39u);
-    EXPECT_EQ(head(sent[8]), (Bytes{195, 0x10, 45, 1, 1, 1, 32}));
-    EXPECT_EQ(head(sent[9]), (Bytes{195, 0x10, 45, 1, 33, 1, 12}));
-    EXPECT_EQ(sent[9].size(), 19u);
+    const auto wanted = [](Bytes head, std::size_t size) {
+        head.resize(head.size() + size, 'x');
+        return head;
+    };
+    EXPECT_EQ(sent[0], wanted({195, 0x10, 45, 1, 0, 0, 32}, 32));
+    EXPECT_EQ(sent[8], wanted({195, 0x10, 45, 1, 1, 1, 32}, 32));
+    EXPECT_EQ(sent[9], wanted({195, 0x10, 45, 1, 33, 1, 12}, 12));
 }
 
 TEST(Upload, ShortValuesIndexBytesAndCounts) {
@@ -53,9 +50,6 @@ TEST(Upload, ShortValuesIndexBytesAndCounts) {
         ipmiCmdSet(row.parm, row.value);
         EXPECT_EQ(chunks(bmc), row.sent) << int{row.parm} << " " << row.value;
     }
-    bmc.forget();
-    ipmiCmdSet(PARM_STORAGE_COUNT, std::array<BYTE, 2>{0, 1});
-    EXPECT_EQ(chunks(bmc), (std::vector<Bytes>{{198, 0x10, 2, 0, 0, 0, 2, 0, 1}}));
     bmc.forget();
     ipmiCmdSet(PARM_COMMAND_RESULT, "3" + std::string(33, 'y'));
     ASSERT_EQ(chunks(bmc).size(), 2u);

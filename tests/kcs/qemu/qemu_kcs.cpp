@@ -1,12 +1,13 @@
 // The KCS exchange against hardware that somebody else wrote: QEMU's isa-ipmi-kcs, driven port by
 // port without a guest. Its BMC is bmcsim.
-#include "kcs/qemu/qtest_ports.h"
+#include "kcs/qemu/line_child.h"
 #include "kcs_exchange.h"
 #include "kcs_linux.h"
+#include "platform/platform.h"
+#include "simulator/core.h"
 #include "smipmi.h"
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -15,22 +16,22 @@
 
 namespace {
 
+using bmcsim::hexText;
 using std::chrono::steady_clock;
-using bytes = std::vector<BYTE>;
+using bytes = bmcsim::Bytes;
 
 constexpr BYTE TEST_COMMAND = 0x77; // of NETFN_OEM; bmcsim has nothing of its own there
 
 constexpr const char* EXIT_LINE = "\n [kcs] kcs_error_exit:\n";
 constexpr const char* ERROR_LINES = "\n [kcs] kcs_error:\n\n [kcs] kcs_error_exit:\n";
 
-std::string hex(const bytes& data) {
-    std::string text;
-    char digits[4];
-    for (const BYTE byte : data) {
-        std::snprintf(digits, sizeof digits, text.empty() ? "%02X" : " %02X", byte);
-        text += digits;
-    }
-    return text;
+line_child* machine = nullptr; // whose ports these are; null: they float
+
+std::string ask(const std::string& command) {
+    if (machine == nullptr)
+        return "";
+    machine->send(command);
+    return machine->receive();
 }
 
 bytes counting(std::size_t length, std::size_t first) {
@@ -57,27 +58,27 @@ class QemuKcs : public testing::Test {
                                 "-chardev", "socket,id=ipmi0,path=" + path + ",reconnect=1",
                                 "-device", "ipmi-bmc-extern,chardev=ipmi0,id=bmc0", "-device",
                                 "isa-ipmi-kcs,bmc=bmc0"}));
-        usePortsOf(&qemu);
+        machine = &qemu;
         ASSERT_TRUE(answersWithin(10));
     }
     void TearDown() override {
-        usePortsOf(nullptr);
+        machine = nullptr;
         if (!m_folder.empty() && std::system(("rm -rf " + m_folder).c_str()) != 0)
             ADD_FAILURE() << "left behind: " << m_folder;
     }
 
-    // Gives bmcsim a command; returns its reply without the closing "ok".
-    std::vector<std::string> order(const std::string& command) {
-        std::vector<std::string> reply;
+    // Gives bmcsim a command; returns the last line of its reply before the closing "ok".
+    std::string order(const std::string& command) {
         bmc.send(command);
-        for (std::string line = bmc.receive(); line != "ok"; line = bmc.receive()) {
+        std::string last, line;
+        while ((line = bmc.receive()) != "ok") {
+            last = line;
             if (line.empty() || line.compare(0, 5, "error") == 0) {
                 ADD_FAILURE() << command << ": " << line;
                 break;
             }
-            reply.push_back(line);
         }
-        return reply;
+        return last;
     }
 
     BYTE request(BYTE netFn, BYTE cmd, const bytes& data) {
@@ -108,12 +109,12 @@ class QemuKcs : public testing::Test {
     void expectExchange(const bytes& data, const bytes& response) {
         SCOPED_TRACE(testing::Message() << data.size() << " -> " << response.size());
         order("log clear");
-        order("answer 30/77 00 " + hex(response));
+        order("answer 30/77 00 " + hexText(response));
         ASSERT_EQ(0, request(NETFN_OEM, TEST_COMMAND, data));
         const std::size_t stored = std::min<std::size_t>(response.size(), FRAME_SIZE - 3);
-        ASSERT_EQ(hex(bytes(response.data(), response.data() + stored)), hex(answer));
-        const std::string log = order("log").back();
-        ASSERT_NE(std::string::npos, log.find("30/77 " + hex(data) + " -> 00")) << log;
+        ASSERT_EQ(hexText(bytes(response.data(), response.data() + stored)), hexText(answer));
+        const std::string log = order("log");
+        ASSERT_NE(std::string::npos, log.find("30/77 " + hexText(data) + " -> 00")) << log;
     }
 
     line_child bmc, qemu;
@@ -127,6 +128,21 @@ class QemuKcs : public testing::Test {
 
 } // namespace
 
+int platform::io_open() {
+    return machine == nullptr ? -1 : 0;
+}
+
+std::uint8_t platform::inb(std::uint16_t port) {
+    const std::string answer = ask("inb " + std::to_string(port));
+    return answer.compare(0, 3, "OK ") == 0
+               ? static_cast<std::uint8_t>(std::stoul(answer.substr(3), nullptr, 16))
+               : std::uint8_t{0xFF};
+}
+
+void platform::outb(std::uint8_t value, std::uint16_t port) {
+    ask("outb " + std::to_string(port) + " " + std::to_string(value));
+}
+
 // Every length both ways, past the sequence numbers that must be escaped and past 255.
 TEST_F(QemuKcs, CarriesEveryLength) {
     for (std::size_t length = 0; length <= 126 && !HasFailure(); ++length)
@@ -135,7 +151,7 @@ TEST_F(QemuKcs, CarriesEveryLength) {
         expectExchange({0x01}, counting(length, 0x60));
     for (int i = 0; i < 250; ++i)
         ASSERT_EQ(0, request(NETFN_APP, CMD_GET_DEVICE_ID, {})) << i;
-    EXPECT_EQ(std::vector<std::string>{}, order("complaints"));
+    EXPECT_EQ("", order("complaints"));
 }
 
 // What a dead predecessor may have left behind costs one request, which says so, and no more.
@@ -156,12 +172,8 @@ TEST_F(QemuKcs, RecoversFromEveryState) {
     };
     for (const auto& state : states) {
         SCOPED_TRACE(state.name);
-        for (const int value : state.written) {
-            if ((value & DATA) != 0)
-                kcs_WriteData(static_cast<BYTE>(value));
-            else
-                kcs_WriteCommand(static_cast<BYTE>(value));
-        }
+        for (const int value : state.written)
+            ((value & DATA) != 0 ? kcs_WriteData : kcs_WriteCommand)(static_cast<BYTE>(value));
         EXPECT_EQ(state.lost ? TRANSPORT_FAILED : 0, request(NETFN_APP, CMD_GET_DEVICE_ID, {}));
         EXPECT_EQ(state.lost ? ERROR_LINES : "", printed);
         EXPECT_EQ(0, request(NETFN_APP, CMD_GET_DEVICE_ID, {}));
@@ -190,7 +202,7 @@ TEST_F(QemuKcs, SurvivesASickBmc) {
         EXPECT_EQ(timed_out ? EXIT_LINE : "", printed);
         EXPECT_LT(seconds, 5);
         EXPECT_TRUE(answersWithin(10));
-        EXPECT_EQ(hex(deviceId), hex(answer));
+        EXPECT_EQ(hexText(deviceId), hexText(answer));
     }
 }
 
