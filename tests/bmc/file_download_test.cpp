@@ -1,61 +1,18 @@
 #include "bmc/file_download.h"
 
 #include "bmc_test.h"
-
-#include <algorithm>
+#include "simulator/oem_files.h"
 
 namespace {
 
+using bmcsim::driveMapFile;
 using std::literals::string_literals::operator""s;
 
-Bytes operator+(Bytes bytes, const Bytes& more) {
-    bytes.insert(bytes.end(), more.begin(), more.end());
-    return bytes;
-}
-
-// A file that the BMC offers, and what it does wrong.
-struct offered_file {
-    Bytes bytes;
-    std::uint32_t length = 0; // told in the status; 0: the true one
-    int failing_step = 0;     // first data byte of the request that is refused
-    std::size_t longest_read = 200;
-
-    Bytes answer(const Bytes& request) const {
-        if (request.at(0) == failing_step)
-            return {0xC1, 0, 0, 0, 0, 0};
-        if (request.at(0) == 0x06)
-            return status();
-        return request.at(0) == 0x07 ? read(request) : Bytes{0x00, 0xA0, 0xAA};
-    }
-    Bytes status() const {
-        Bytes response{0x00, 0x00};
-        const auto told = length != 0 ? length : static_cast<std::uint32_t>(bytes.size());
-        bmcsim::appendLittleEndian(response, told, 4);
-        return response;
-    }
-    Bytes read(const Bytes& request) const {
-        const auto from = std::min<std::size_t>(bmcsim::littleEndian(request, 3, 4), bytes.size());
-        const auto size = std::min<std::size_t>(
-            {bmcsim::littleEndian(request, 7, 2), bytes.size() - from, longest_read});
-        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(from);
-        return Bytes{0x00} + Bytes(begin, begin + static_cast<std::ptrdiff_t>(size));
-    }
-};
-
-Bytes driveMap(unsigned count) {
-    Bytes head(16, 0xEE);
-    head[7] = static_cast<std::uint8_t>(count);
-    head[8] = static_cast<std::uint8_t>(count >> 8);
-    return head;
-}
-
-Bytes drive(const std::string& serial, unsigned slot) {
-    Bytes record(108, 0);
-    record[0] = 0x55;
-    record[28] = static_cast<std::uint8_t>(slot);
-    record[29] = static_cast<std::uint8_t>(slot >> 8);
-    std::copy(serial.begin(), serial.end(), record.begin() + 75);
-    return record;
+Bytes capability(std::size_t size, std::uint8_t byte27) {
+    Bytes file(size, 0xFF);
+    if (size > 27)
+        file[27] = byte27;
+    return file;
 }
 
 Bytes cut(Bytes bytes, std::size_t size) {
@@ -63,43 +20,47 @@ Bytes cut(Bytes bytes, std::size_t size) {
     return bytes;
 }
 
-Bytes capability(std::size_t size, std::uint8_t last) {
-    Bytes file(size, 0);
-    file.back() = last;
-    return file;
-}
-
 class DownloadTest : public BmcTest {
   protected:
-    void offer(offered_file file) {
+    // Offers a file, of which a length may be told that is not the true one (-1), and refuses the
+    // requests of one step, told by their first byte.
+    void offer(std::uint8_t id, const Bytes& content, std::int64_t told = -1, int refused = 0) {
         bmc->forget();
-        bmc->handle(0x30, 0xA0, [file](const auto& request) { return file.answer(request.data); });
+        files.offered[id] = {content, told, 0};
+        bmc->handle(0x30, 0xA0, [this, refused](const auto& request) {
+            Bytes answer;
+            const std::uint8_t code = request.data.at(0) == refused
+                                          ? bmcsim::CC_INVALID_COMMAND
+                                          : fileCommand(files, ledger, request.data, answer);
+            answer.insert(answer.begin(), code);
+            return answer;
+        });
     }
     std::vector<Bytes> sent() const {
         return bmc->sent(0x30, 0xA0);
     }
+
+    bmcsim::Files files;
+    bmcsim::Ledger ledger;
 };
 
 TEST_F(DownloadTest, CapabilityFileOfAnySize) {
     struct {
-        offered_file file;
+        Bytes file;
+        std::int64_t told;
         std::uint8_t count; // asked for
         int supported;
     } const cases[] = {
-        {{capability(20, 0xFF)}, 20, 0},
-        {{capability(27, 0xFF)}, 27, 0},
-        {{capability(28, 0x04)}, 28, 1},
-        {{capability(28, 0xFB)}, 28, 0},
-        {{capability(28, 0xFF) + Bytes(100, 0)}, 32, 1},
-        {{capability(27, 0xFF), 40}, 32, 0}, // the answer is shorter than the file says
+        {capability(20, 0), -1, 20, 0},     {capability(27, 0), -1, 27, 0},
+        {capability(28, 0x04), -1, 28, 1},  {capability(28, 0xFB), -1, 28, 0},
+        {capability(128, 0x04), -1, 32, 1}, {capability(27, 0), 40, 32, 0},
     };
     for (const auto& c : cases) {
-        offer(c.file);
-        EXPECT_EQ(isSupportedNVMe(), c.supported) << c.file.bytes.size();
-        EXPECT_EQ(sent(), (std::vector<Bytes>{{0x05, 0x09},
-                                              {0x06, 0xA0, 0xAA},
-                                              {0x07, 0xA0, 0xAA, 0, 0, 0, 0, c.count, 0},
-                                              {0x08, 0xA0, 0xAA}}));
+        offer(0x09, c.file, c.told);
+        EXPECT_EQ(isSupportedNVMe(), c.supported) << c.file.size();
+        ASSERT_EQ(sent().size(), 4U);
+        const Bytes read = sent()[2];
+        EXPECT_EQ(Bytes(read.begin() + 3, read.end()), Bytes({0, 0, 0, 0, c.count, 0}));
     }
     EXPECT_TRUE(datedLog("err").empty());
 }
@@ -110,11 +71,11 @@ TEST_F(DownloadTest, ARefusalAtAnyStepEndsTheTransfer) {
                                               {0x07, "file download fail"},
                                               {0x08, "file download done fail"}};
     for (const auto& [step, line] : lines) {
-        offer({capability(28, 0x04), 0, step});
+        offer(0x09, capability(28, 0x04), -1, step);
         EXPECT_EQ(isSupportedNVMe(), 0);
         EXPECT_EQ(datedLog("err").back(), "isSupportedNVMe ->  " + line);
         EXPECT_EQ(sent().back().at(0), step);
-        offer({driveMap(1) + drive("S1", 1), 0, step});
+        offer(0x0B, driveMapFile({{"S1", 1}}), -1, step);
         EXPECT_EQ(isSupportedSaveBiosHdd(), 0);
         EXPECT_EQ(datedLog("err").back(), "isSupportedSaveBiosHdd ->  " + line);
         EXPECT_EQ(sent().back().at(0), step);
@@ -124,39 +85,35 @@ TEST_F(DownloadTest, ARefusalAtAnyStepEndsTheTransfer) {
 
 TEST_F(DownloadTest, DriveMaps) {
     const std::string serial21 = "ABCDEFGHIJKLMNOPQRSTU";
+    Bytes one_of_two = driveMapFile({{"ABCDE\0GHI"s, 1}, {"B", 2}});
+    one_of_two[7] = 1;
     struct {
         const char* name;
-        offered_file file;
+        Bytes file;
+        std::int64_t told;
         std::string map, error;
         unsigned reads;
     } const cases[] = {
-        {"blanks, zero low byte",
-         {driveMap(2) + drive("  WX 1  ", 0x0100) + drive(serial21, 0x0105)},
-         "Hdd count,2\nWX 1,0\n" + serial21 + ",261\n",
-         "",
-         9},
-        {"a serial of five characters does not run on, one read past the last drive",
-         {driveMap(1) + drive("ABCDE\0GHI"s, 1) + drive("B", 2)},
-         "Hdd count,1\nABCDE,1\n",
-         "",
-         6},
-        {"ends in a record", {cut(driveMap(300) + drive("A", 1), 76)}, "Hdd count,300\n", "", 4},
-        {"4 GiB told", {driveMap(2) + drive("A", 1), 0xFFFFFFFF}, "Hdd count,2\nA,1\n,0\n", "", 10},
-        {"short reads", {driveMap(1) + drive("A", 1), 0, 0, 16}, "Hdd count,1\n,1\n", "", 5},
-        {"count 0", {driveMap(0) + drive("A", 1)}, "Hdd count,0\n", "hdd count 0", 1},
-        {"short head", {cut(driveMap(1), 15)}, "untouched", "read head fail", 1},
+        {"blanks, zero low byte", driveMapFile({{"  WX 1  ", 0x0100}, {serial21, 0x0105}}), -1,
+         "Hdd count,2\nWX 1,0\n" + serial21 + ",261\n", "", 9},
+        {"a zero in the first piece; one read past the last drive", one_of_two, -1,
+         "Hdd count,1\nABCDE,1\n", "", 6},
+        {"ends in a record", cut(driveMapFile({{"A", 1}}), 76), -1, "Hdd count,1\n", "", 4},
+        {"4 GiB told", cut(driveMapFile({{"A", 1}, {"B", 2}}), 124), 0xFFFFFFFF,
+         "Hdd count,2\nA,1\n", "file download fail", 6},
+        {"count 0", driveMapFile({}), -1, "Hdd count,0\n", "hdd count 0", 1},
+        {"short head", cut(driveMapFile({{"A", 1}}), 15), -1, "untouched", "read head fail", 1},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         std::ofstream("/opt/norvik/vyn.hdd.ini") << "untouched";
-        offer(c.file);
+        offer(0x0B, c.file, c.told);
         const bool done = c.error.empty();
         EXPECT_EQ(isSupportedSaveBiosHdd(), done ? 1 : 0);
         EXPECT_EQ(fileText("/opt/norvik/vyn.hdd.ini"), c.map);
         const auto errors = datedLog("err");
         EXPECT_EQ(errors.empty() ? "" : errors.back(),
                   done ? "" : "isSupportedSaveBiosHdd ->  " + c.error);
-        EXPECT_EQ(sent().back().at(0), done ? 0x08 : 0x07);
         EXPECT_EQ(sent().size(), 2 + c.reads + (done ? 1 : 0));
     }
 }
