@@ -89,23 +89,12 @@ TEST_F(LinkEvents, SurviveACutRecordAndARefusingBmc) {
 }
 
 TEST(CompareIPAddrs, LooksForEveryAddressOfTheFirstList) {
-    const struct {
-        const char *origin, *latest;
-        int differs;
-    } cases[] = {
-        {"10.0.0.1,10.0.0.2", "10.0.0.2,10.0.0.1", 0},
-        {"10.0.0.1", "10.0.0.1,10.0.0.2", 1},
-        {"N/A", "N/A", 0},
-        {"10.0.0.1,10.0.0.1", "10.0.0.1,10.0.0.2", 0},
-        {"10.0.0.1,10.0.0.2", "10.0.0.1,10.0.0.1", 1},
-        {"10.0.0.1", "10.0.0.10", 1},
-        {"", "", 0},
-        {"", ",", 1},
-        {",a", "a,", 0},
-    };
-    for (const auto& test : cases)
-        EXPECT_EQ(compareIPAddrs(test.origin, test.latest), test.differs)
-            << test.origin << " against " << test.latest;
+    EXPECT_EQ(compareIPAddrs("10.0.0.1,10.0.0.2", "10.0.0.2,10.0.0.1"), 0);
+    EXPECT_EQ(compareIPAddrs("10.0.0.1,10.0.0.1", "10.0.0.1,10.0.0.2"), 0);
+    EXPECT_EQ(compareIPAddrs("10.0.0.1,10.0.0.2", "10.0.0.1,10.0.0.1"), 1);
+    EXPECT_EQ(compareIPAddrs("10.0.0.1", "10.0.0.1,10.0.0.2"), 1);
+    EXPECT_EQ(compareIPAddrs("10.0.0.1", "10.0.0.10"), 1);
+    EXPECT_EQ(compareIPAddrs(",a", "a,"), 0);
 }
 
 } // namespace

@@ -61,22 +61,19 @@ TEST_F(Lan, FillsTwelveFieldsAndSorts) {
 
 // Nothing that can be reported: a count of zero, no upload, no change detection.
 TEST_F(Lan, EndsTheWalkAtWhatCannotBeRead) {
-    const std::string row2 = "2 em0 8843 02:00:00:00:00:02 1 0 1 0\n";
     const struct {
-        const char* interfaces; // null: no such file
-        const char* addresses;
+        const char *interfaces, *addresses; // null: no such file
         std::size_t records;
-        const char* error;
+        Texts errors; // so far
     } cases[] = {
-        {"1 lo0 8049 - 1 0 1 0\n", "", 0, nullptr},
-        {"", "", 0, nullptr},
-        {nullptr, "", 0, "Lan ->  command not found"},
-        {"1 em0 8843 nonsense 1 0 1 0\n", "", 0, "Lan ->  command not found"},
-        {"3 em1 8843 - 1 0 1 0\n1 em0 8843 - 1 0 1 0\n", "", 1, nullptr}, // row 2 has gone
-        {"3 em1 8843 - 1 0 1 0\n", nullptr, 0, "Get Lan ->  getifaddrs error"},
-        {"1 em1 8843 - 1 0 1 0\n", "em1 192.0.2.300/24\n", 0, "Get Lan ->  getifaddrs error"},
+        {"1 lo0 8049 - 1 0 1 0\n", "", 0, {}},
+        {"3 em1 8843 - 1 0 1 0\n1 em0 8843 - 1 0 1 0\n", "", 1, {}}, // row 2 has gone
+        {nullptr, "", 0, {"Lan ->  command not found"}},
+        {"3 em1 8843 - 1 0 1 0\n",
+         nullptr,
+         0,
+         {"Lan ->  command not found", "Get Lan ->  getifaddrs error"}},
     };
-    std::size_t errors = 0;
     for (const auto& test : cases) {
         host.remove("interfaces.txt");
         host.remove("addresses.txt");
@@ -89,10 +86,7 @@ TEST_F(Lan, EndsTheWalkAtWhatCannotBeRead) {
         EXPECT_EQ(out.substr(0, 13), "Lan items 0" + std::to_string(test.records) + "\n");
         EXPECT_EQ(values(194).size(), test.records == 0 ? 0U : 1U);
         EXPECT_EQ(values(195).size(), test.records);
-        if (test.error == nullptr)
-            continue;
-        ASSERT_EQ(datedLog("err").size(), ++errors);
-        EXPECT_EQ(datedLog("err").back(), test.error);
+        EXPECT_EQ(datedLog("err"), test.errors);
     }
 }
 
@@ -142,27 +136,20 @@ TEST_F(Lan, TakesNamesAsTheyAre) {
 }
 
 TEST_F(Lan, MapsMediaToSpeed) {
-    const struct {
-        const char* media;
-        int speed;
-    } cases[] = {
-        {"autoselect (1000baseT <full-duplex>)", 1000},
+    const std::pair<const char*, int> cases[] = {
         {"autoselect (10Gbase-T <full-duplex,rxpause>)", 10240},
-        {"autoselect (10Gbase-LRM", 10240},
         {"10Gbase-LR <full-duplex,rxpause,txpause>", 0}, // no parenthesis and no fourth word
         {"autoselect 100baseTX (<full-duplex>)", 100},
         {"autoselect 100baseTX <full-duplex>", 100},
         {"manual 2500baseSX", 2500},
         {"autoselect (none)", 0},
-        {"autoselect (1000basetx <full-duplex>)", 0},
         {"autoselect (10baseT/UTP <half-duplex>)", 10},
         {"autoselect (HomePNA <>)", 1},
         {"autoselect (40Gbase-CR4 <full-duplex>)", 40960},
-        {"", 0},
     };
-    for (const auto& test : cases) {
-        host.file("ifconfig.em0", active(test.media));
-        EXPECT_EQ(linkSpeed("em0"), test.speed) << test.media;
+    for (const auto& [media, speed] : cases) {
+        host.file("ifconfig.em0", active(media));
+        EXPECT_EQ(linkSpeed("em0"), speed) << media;
     }
 }
 
