@@ -2,6 +2,9 @@
 # smart_status.sh and drive_index.sh.
 # shellcheck disable=SC2016 # awk programs
 
+newline='
+'
+
 # volume_facts LISTING VOLUME: a line name;state;member count;level, then the
 # member disks, one a line.
 volume_facts() {
@@ -14,68 +17,55 @@ volume_facts() {
         /State/ && ++states == 2 { state = bare($2) }
         label($0) == "components" && count == "" { count = solid(tail($0, ":")) }
         label($0) == "raidlevel" && level == "" { level = solid(tail($0, ":")); sub(/RAID/, "", level) }
-        $0 ~ /^[ \t]*[0-9]+\. Name:/ { sub(/^.*\//, "", $3); disk[++disks] = $3; in_consumers[disks] = consumers }
+        $0 ~ /^[ \t]*[0-9]+\. Name:/ { sub(/^.*\//, "", $3); disk[++disks] = bare($3); in_consumers[disks] = consumers }
         END {
             print name ";" state ";" count ";" level
             for (i = 1; i <= disks; i++) if (in_consumers[i] || (!consumers && i > 1)) print disk[i]
         }'
 }
 
-# new_member DISK: writes the files of a member met for the first time.
+# new_member DISK: adds the line disk;index;health:serial:firmware to the members.
 new_member() {
-    smart=$(smart_status "/dev/$1")
-    if map_readable; then drive_index=$(map_index "$(printf '%s\n' "$smart" | cut -d ';' -f 2)"); fi
-    [ -n "$drive_index" ] || drive_index=$(bus_index "$1" "$devlist")
-    printf '%s\n' "$drive_index" >"$scratch/intel/$1/index"
-    printf '%s\n' "$volume_index" >"$scratch/intel/$1/master_index"
-    printf '%s\n' "$smart" >"$scratch/intel/$1/smart"
-}
-
-# stored DISK FILE: the one line of a file of a member, if it is there.
-stored() {
-    stored_line=
-    { IFS= read -r stored_line <"$scratch/intel/$1/$2"; } 2>/dev/null
-    printf '%s\n' "$stored_line"
-}
-
-# member_record DISK: the HD record of a member disk.
-member_record() {
     IFS=';' read -r health serial firmware _ <<EOF
-$(stored "$1" smart)
+$(smart_status "/dev/$1")
 EOF
-    sum=
-    case $(stored "$1" index) in
-    '' | *[!0-9]*) ;;
-    *) sum=$(printf '%s\n' "$(stored "$1" master_index)*16+$(stored "$1" index)" | calculate) ;;
-    esac
-    printf '%s\n' "HD;/dev/$1:$health:$serial:$firmware;$sum"
+    if map_readable; then drive_index=$(map_index "$serial"); fi
+    [ -n "$drive_index" ] || drive_index=$(bus_index "$1" "$devlist")
+    members="$members$1;$drive_index;$health:$serial:$firmware$newline"
 }
 
-# volume_records FACTS: the Logical record of a volume and its members' records.
+# combined_index INDEX: of a drive of the volume at hand; empty for one without a number.
+combined_index() {
+    case $1 in
+    '' | *[!0-9]*) ;;
+    *) printf '%s\n' "$volume_index*16+$1" | calculate ;;
+    esac
+}
+
+# volume_records FACTS: the Logical record of a volume, then its members' HD records by name.
 volume_records() {
     IFS=';' read -r name state count level <<EOF
 $1
 EOF
-    members=
-    mkdir "$scratch/intel" || return
-    while IFS= read -r member; do
-        [ -n "$member" ] || continue
-        if mkdir "$scratch/intel/$member" 2>/dev/null; then new_member "$member"; fi
-        members=$members:$(stored "$member" index)
+    members=$newline
+    indexes=
+    while IFS= read -r disk; do
+        [ -n "$disk" ] || continue
+        case $members in
+        *"$newline$disk;"*) ;;
+        *) new_member "$disk" ;;
+        esac
+        met=${members#*"$newline$disk;"}
+        indexes=$indexes:${met%%;*}
     done <<EOF
 $(printf '%s\n' "$1" | sed 1d)
 EOF
-    printf '%s\n' "Logical;$name;$state;Intel RSTe;$count;$level;${members#:};$volume_index"
-    for directory in "$scratch/intel"/*/; do
-        directory=${directory%/}
-        [ ! -d "$directory" ] || member_record "${directory##*/}"
+    printf '%s\n' "Logical;$name;$state;Intel RSTe;$count;$level;${indexes#:};$volume_index"
+    printf '%s' "${members#"$newline"}" | sort -t ';' -k 1,1 | while IFS=';' read -r disk index smart; do
+        printf '%s\n' "HD;/dev/$disk:$smart;$(combined_index "$index")"
     done
-    rm -rf "$scratch/intel"
 }
 
-scratch=$(mktemp -d "${TMPDIR:-/tmp}/vyn.XXXXXX" 2>/dev/null) || exit 1
-trap 'rm -rf "$scratch"' EXIT
-trap 'exit 1' HUP INT TERM
 listing=$(ask graid list | printable)
 volumes=$(printf '%s\n' "$listing" | pick 'label($0) == "geom name" && !seen[$3]++ { print $3 }')
 [ -z "$volumes" ] || devlist=$(ask camcontrol devlist | printable)
