@@ -92,11 +92,11 @@ static uint8_t execute(Bmc& bmc, Session& session, const Message& request, Bytes
 
 // Completion code and data as the request's fate has them.
 static Bytes answerData(Bmc& bmc, Session& session, const Message& request, const Plan& plan) {
-    if (planRefuses(plan) && isSetParameter(request))
+    if (!plan.execute && isSetParameter(request))
         uploadChunk(bmc, session, request, true);
     if (plan.answer)
         return *plan.answer;
-    if (planRefuses(plan)) // silence has no answer at all
+    if (!plan.execute) // silence has no answer at all
         return plan.fault->kind == FaultKind::CODE
                    ? Bytes{static_cast<uint8_t>(plan.fault->argument)}
                    : Bytes();

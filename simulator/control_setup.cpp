@@ -2,12 +2,23 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <memory>
 
 namespace bmcsim {
 
 static bool numberAt(const CommandLine& line, size_t at, int64_t low, int64_t high, int64_t& out) {
     return at < line.words.size() && parseNumber(line.words[at], low, high, out);
+}
+
+// A command of one number from 0 to `high`.
+static std::string takeNumber(const CommandLine& line, int64_t high, const char* usage,
+                              const std::function<void(int64_t)>& store) {
+    int64_t number = 0;
+    if (!numberAt(line, 0, 0, high, number))
+        return usage;
+    store(number);
+    return "";
 }
 
 // The text from the second word on.
@@ -67,11 +78,8 @@ std::string setupAnswer(Bmc& bmc, const CommandLine& line) {
 }
 
 std::string setupDelay(Bmc& bmc, const CommandLine& line) {
-    int64_t delay = 0;
-    if (!numberAt(line, 0, 0, 60000, delay))
-        return "delay MS";
-    bmc.faults.delayMs = static_cast<int>(delay);
-    return "";
+    return takeNumber(line, 60000, "delay MS",
+                      [&](int64_t ms) { bmc.faults.delayMs = static_cast<int>(ms); });
 }
 
 std::string setupNoFault(Bmc& bmc, const CommandLine&) {
@@ -98,27 +106,19 @@ std::string setupIpmi(Bmc& bmc, const CommandLine& line) {
 }
 
 std::string setupClock(Bmc& bmc, const CommandLine& line) {
-    int64_t seconds = 0;
-    if (!numberAt(line, 0, 0, 0xFFFFFFFFLL, seconds))
-        return "clock SECONDS";
-    setSelTime(bmc.sel, bmc.ledger, static_cast<uint32_t>(seconds));
-    return "";
+    return takeNumber(line, 0xFFFFFFFFLL, "clock SECONDS", [&](int64_t seconds) {
+        setSelTime(bmc.sel, bmc.ledger, static_cast<uint32_t>(seconds));
+    });
 }
 
 std::string setupFlag(Bmc& bmc, const CommandLine& line) {
-    int64_t flag = 0;
-    if (!numberAt(line, 0, 0, 255, flag))
-        return "flag 0|1";
-    bmc.panel.restartClean = static_cast<uint8_t>(flag);
-    return "";
+    return takeNumber(line, 1, "flag 0|1",
+                      [&](int64_t flag) { bmc.panel.restartClean = static_cast<uint8_t>(flag); });
 }
 
 std::string setupCapacity(Bmc& bmc, const CommandLine& line) {
-    int64_t capacity = 0;
-    if (!numberAt(line, 0, 0, 65534, capacity))
-        return "capacity RECORDS";
-    bmc.sel.capacity = static_cast<size_t>(capacity);
-    return "";
+    return takeNumber(line, 65534, "capacity RECORDS",
+                      [&](int64_t records) { bmc.sel.capacity = static_cast<size_t>(records); });
 }
 
 static bool readWholeFile(const std::string& path, Bytes& content) {

@@ -112,7 +112,6 @@ Plan planRequest(Faults& faults, const Message& request) {
         plan.execute = false;
         plan.answer = answer->bytes;
         faults.answers.erase(answer);
-        faults.hits++;
         return plan;
     }
     const auto fault =
@@ -123,14 +122,9 @@ Plan planRequest(Faults& faults, const Message& request) {
     plan.fault = *fault;
     plan.execute = fault->kind != FaultKind::CODE && fault->kind != FaultKind::SILENT &&
                    fault->kind != FaultKind::DROP;
-    faults.hits++;
     if (fault->left > 0 && --fault->left == 0)
         faults.faults.erase(fault);
     return plan;
-}
-
-bool planRefuses(const Plan& plan) {
-    return !plan.execute;
 }
 
 static void bendAnswer(const Fault& fault, Message& answer) {

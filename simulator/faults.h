@@ -49,7 +49,6 @@ struct Faults {
     std::vector<Fault> faults;
     std::deque<ScriptedAnswer> answers; // each is used once, in order
     int delayMs = 0;                    // every answer takes this long
-    size_t hits = 0;
 };
 
 // "code C3", "late 500 2": kind, its argument where it has one, number of requests.
@@ -67,7 +66,6 @@ struct Plan {
 
 // Decides and uses up: scripted answers first, then the first fault that matches.
 Plan planRequest(Faults& faults, const Message& request);
-bool planRefuses(const Plan& plan);
 
 // What goes out, and when.
 struct Wire {

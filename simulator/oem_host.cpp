@@ -4,6 +4,10 @@
 
 namespace bmcsim {
 
+int64_t secondsLeft(const Watchdog& watchdog, const Ledger& ledger) {
+    return (watchdog.deadlineMs - ledger.nowMs + 999) / 1000;
+}
+
 void tickWatchdog(Watchdog& watchdog, Ledger& ledger) {
     if (!watchdog.running || ledger.nowMs < watchdog.deadlineMs)
         return;
@@ -35,8 +39,7 @@ uint8_t watchdogCommand(Watchdog& watchdog, Ledger& ledger, uint8_t cmd, const B
     if (data.size() != 1)
         return CC_LENGTH_INVALID;
     if (data[0] == 0x02) {
-        const int64_t left =
-            watchdog.running ? (watchdog.deadlineMs - ledger.nowMs + 999) / 1000 : 0;
+        const int64_t left = watchdog.running ? secondsLeft(watchdog, ledger) : 0;
         out = {static_cast<uint8_t>(watchdog.running ? 1 : 0), watchdog.period, 0,
                static_cast<uint8_t>(left), 0};
         return CC_OK;
@@ -74,7 +77,6 @@ static uint8_t queryPosition(HostPanel& panel, Ledger& ledger, const Bytes& data
         complain(ledger, "NVMe position query: " + hexText(data));
         return CC_INVALID_FIELD;
     }
-    panel.queries++;
     out.assign(ANSWER_SIZE, 0);
     const auto found = panel.bays.find(position);
     if (found == panel.bays.end())

@@ -29,6 +29,8 @@ struct Watchdog {
 
 // Expires the timer when its time is over. Call it before looking at the state.
 void tickWatchdog(Watchdog& watchdog, Ledger& ledger);
+// Of a running watchdog, rounded up.
+int64_t secondsLeft(const Watchdog& watchdog, const Ledger& ledger);
 uint8_t watchdogCommand(Watchdog& watchdog, Ledger& ledger, uint8_t cmd, const Bytes& data,
                         Bytes& out);
 
@@ -52,7 +54,6 @@ constexpr int MAX_SLOT = 23;
 struct HostPanel {
     uint8_t restartClean = 0; // 0 after a start of the BMC until the agent sets it
     std::map<Position, Bay> bays;
-    size_t queries = 0;
 };
 
 // Command 0x70.

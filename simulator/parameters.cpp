@@ -179,7 +179,6 @@ static void takeValue(Parameters& parameters, Session& session, Ledger& ledger,
     stored.text = value.text.substr(0, MAX_VALUE);
     stored.index = value.index;
     stored.uploads++;
-    stored.changedMs = ledger.nowMs;
 }
 
 // Places a chunk of good shape. Returns what does not add up, or nothing.

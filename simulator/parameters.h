@@ -22,9 +22,8 @@ namespace bmcsim {
 
 struct StoredValue {
     std::string text;
-    uint8_t index = 0;     // of 207 and 208
-    size_t uploads = 0;    // complete values since the BMC's start
-    int64_t changedMs = 0; // when the last one arrived
+    uint8_t index = 0;  // of 207 and 208
+    size_t uploads = 0; // complete values since the BMC's start
 };
 
 struct StoredList {

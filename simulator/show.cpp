@@ -125,10 +125,8 @@ static Lines showWatchdog(Bmc& bmc) {
         return {"  not there"};
     std::string state = "stopped";
     if (watchdog.running)
-        state =
-            format("running, %lld of %d seconds left",
-                   static_cast<long long>((watchdog.deadlineMs - bmc.ledger.nowMs + 999) / 1000),
-                   watchdog.period);
+        state = format("running, %lld of %d seconds left",
+                       static_cast<long long>(secondsLeft(watchdog, bmc.ledger)), watchdog.period);
     else if (watchdog.expired > 0)
         state = "expired";
     return {"  state      " + state, format("  counts     enabled %zu, reset %zu, expired %zu",
