@@ -33,6 +33,7 @@ scenario() { # NAME HOST BMCSIM-ARGUMENT...
     export work VYN_SIM_BMC="$work/bmc"
     "$build/bmcsim" --listen "$work/bmc" --control "$work/control" "$@" </dev/null >/dev/null &
     trap 'kill '$! EXIT
+    bmc help # answered once it listens
     "$source/simulator/run-host" "$host" sh "$top/scenario" "$name"
 }
 
@@ -44,7 +45,7 @@ check() { # WHAT COMMAND...
     "$@" || fail "$what: $(cat "$work/reply")"
 }
 fail() {
-    echo "FAILED ${work##*/}: $1"
+    echo "FAILED ${work##*/}: $1" >&2 # a check may send its command's output away
     failed=1
 }
 running() { ps -x | grep -v grep | grep -q 'IPMIVYN-sim -agent start-service'; }

@@ -1,24 +1,10 @@
 #!/bin/sh
 # The daemon's life from the command line: start, second start, pause, resume, stop, signals, the
-# pid file, and what the BMC is told of each. VYN_BUILD and VYN_SOURCE name the two folders.
-set -u
-build=${VYN_BUILD:?} source=${VYN_SOURCE:?}
+# pid file, and what the BMC is told of each.
+# shellcheck source=tests/daemon.sh
+. "${VYN_SOURCE:?}/tests/daemon.sh"
 
-if [ $# -eq 0 ]; then
-    work=$(mktemp -d) || exit 1
-    bmcsim_pid=
-    trap '[ -z "$bmcsim_pid" ] || kill "$bmcsim_pid" 2>/dev/null; rm -rf "$work"' EXIT
-    "$build/bmcsim" --listen "$work/bmc" --control "$work/control" </dev/null >"$work/log" 2>&1 &
-    bmcsim_pid=$!
-    cp "$0" "$work/scenario"
-    export work VYN_SIM_BMC="$work/bmc"
-    "$source/simulator/run-host" "$source/hosts/freebsd-10.1" sh "$work/scenario" inside
-    exit
-fi
-
-failed=0
-agent() { "$build/IPMIVYN-sim" -agent "$@"; }
-bmc() { "$build/bmcsim" --ask "$work/control" "$@" >"$work/reply"; }
+[ $# -ne 0 ] || scenarios life "$source/hosts/freebsd-10.1"
 
 # expect WHAT STATUS OUTPUT COMMAND...: exit status and standard output of a command
 expect() {
@@ -27,33 +13,15 @@ expect() {
     got=$("$@" 2>"$work/stderr")
     got_status=$?
     [ "$got_status" = "$status" ] && [ "$got" = "$wanted" ] && return
-    echo "FAILED $what: status $got_status, printed: $got"
-    failed=1
-}
-check() { # WHAT COMMAND...
-    what=$1
-    shift
-    "$@" || { echo "FAILED $what: $(cat "$work/reply")"; failed=1; }
-}
-# shellcheck disable=SC2009,SC2317
-running() { ps -x | grep -v grep | grep -q 'IPMIVYN-sim -agent start-service'; }
-# shellcheck disable=SC2317
-ended() { # SECONDS: waits until the daemon is gone
-    tries=$(($1 * 10))
-    while running && [ "$tries" -gt 0 ]; do
-        tries=$((tries - 1))
-        sleep 0.1
-    done
-    ! running
+    fail "$what: status $got_status, printed: $got"
 }
 # shellcheck disable=SC2317
 started() { # a daemon that has reported once
     agent start-service >/dev/null && bmc wait 20 show agent running && bmc wait 30 next 202
 }
 
-check 'the simulator answers' bmc help
 expect 'usage without arguments' 31 "$(agent nonsense)" "$build/IPMIVYN-sim"
-[ "$(agent nonsense | wc -l)" -eq 20 ] || { echo 'FAILED usage lines'; failed=1; }
+[ "$(agent nonsense | wc -l)" -eq 20 ] || fail 'usage lines'
 expect 'usage for another first word' 31 "$(agent nonsense)" "$build/IPMIVYN-sim" -Agent version
 expect 'usage for capitals' 31 "$(agent nonsense)" "$build/IPMIVYN-sim" -agent VERSION
 expect version 0 'version 1.7.0 build 220503 protocol 0x01' agent version more words
@@ -61,14 +29,14 @@ expect 'status before' 0 'VYN is stop' agent status
 for command in stop pause resume; do
     expect "$command without a daemon" 1 'no service' agent "$command-service"
 done
-[ -z "$(ls -A /opt/norvik)" ] || { echo 'FAILED: something was written'; failed=1; }
+[ -z "$(ls -A /opt/norvik)" ] || fail 'something was written'
 
 printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
 printf '99999999\nold\n' >/var/run/vyn.pid
 check 'start' started
 expect 'status while running' 0 'VYN is running' agent status
 expect 'a second start' 1 'service existed' agent start-service
-check 'its error line' grep -q '^\[..../../.. ..:..:..]    service existed$' /opt/norvik/vyn.err.log-*
+check 'its error line' error_line '   service existed'
 pid=$(head -n 1 /var/run/vyn.pid)
 check 'the pid file' kill -0 "$pid"
 check 'the log of the cycle' grep -q '^Time stamp -> 20' /opt/norvik/vyn.log
@@ -90,9 +58,9 @@ check 'stopped at the BMC' bmc wait 5 show agent stopped
 check 'end after a stop' ended 15
 expect 'status after' 0 'VYN is stop' agent status
 check 'the pid file stays' test -s /var/run/vyn.pid
-[ "$(ipcs -m | grep -c '^0x0000162e')" -eq 0 ] || { echo 'FAILED: the stop flag stays'; failed=1; }
-[ "$(ipcs -m | grep -c '^0x0000162')" -eq 1 ] || { echo 'FAILED: the pause flag is gone'; failed=1; }
-[ "$(ipcs -m | grep -c '^0x00001630')" -eq 1 ] || { echo 'FAILED: current pause is gone'; failed=1; }
+[ "$(ipcs -m | grep -c '^0x0000162e')" -eq 0 ] || fail 'the stop flag stays'
+[ "$(ipcs -m | grep -c '^0x0000162')" -eq 1 ] || fail 'the pause flag is gone'
+[ "$(ipcs -m | grep -c '^0x00001630')" -eq 1 ] || fail 'current pause is gone'
 
 check 'start again' started
 kill -HUP "$(head -n 1 /var/run/vyn.pid)"
@@ -113,6 +81,5 @@ rm -f /opt/norvik/*
 mkdir /opt/norvik/vyn.ini
 expect 'start without a configuration' 1 '' agent start-service
 check 'its message' grep -qx 'Error while writing file.' "$work/stderr"
-bmc complaints
-! grep -vx ok "$work/reply" || failed=1
+no_complaints
 exit "$failed"

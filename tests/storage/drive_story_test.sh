@@ -1,17 +1,21 @@
 #!/bin/sh
 # Drives of a recorded host degrade, fail, go missing and come back; the BMC's event log follows.
-set -u
-build=${VYN_BUILD:?} source=${VYN_SOURCE:?}
-work=$(mktemp -d) || exit 1
-trap 'rm -rf "$work"' EXIT
-host=$work/host
-cp -RL "$source/hosts/freebsd-10.1" "$host" || exit 1
-# The drives are the story's own.
-rm -rf "${host:?}/dev"
-for tool in camcontrol geom sas3ircu smartctl storcli; do
-    rm -f "$host/out/$tool"*
-    cp "$source/hosts/replay" "$host/bin/$tool"
-done
+# shellcheck source=tests/daemon.sh
+. "${VYN_SOURCE:?}/tests/daemon.sh"
+
+if [ $# -eq 0 ]; then
+    host=$(mktemp -d) || exit 1
+    trap 'rm -rf "$host"' EXIT
+    cp -RL "$source/hosts/freebsd-10.1/." "$host" || exit 1
+    # The drives are the story's own.
+    rm -rf "${host:?}/dev"
+    for tool in camcontrol geom sas3ircu smartctl storcli; do
+        rm -f "$host/out/$tool"*
+        cp "$source/hosts/replay" "$host/bin/$tool"
+    done
+    (scenarios drives "$host" --do 'trace on' --do 'drivemap HD0=0 HD1=1 HD2=2 HD3=3')
+    exit
+fi
 
 # A line tells a drive's life: kind, slot, then what its tool says of it in each act, and after
 # ":" the events that the BMC gets then, "+" asserted and "-" deasserted. "gone" is a drive that
@@ -143,19 +147,17 @@ prepare() {
     done <"$work/act"
 }
 
-printf 'Number of Controllers = 1\n  0 RAIDX9  8 28\n' >"$host/out/storcli_show"
-printf '   0  SAS3008 1 2\n   1  SAS3008 1 2\n' >"$host/out/sas3ircu_list"
+out=$VYN_SIM_HOST/out
+printf 'Number of Controllers = 1\n  0 RAIDX9  8 28\n' >"$out/storcli_show"
+printf '   0  SAS3008 1 2\n   1  SAS3008 1 2\n' >"$out/sas3ircu_list"
 for slot in 0 1 2 3; do
-    echo 'Serial Number: HD'"$slot" >"$host/out/smartctl_-i_%2Fdev%2Fada$slot"
-    echo 'device model  M' >"$host/out/camcontrol_identify_ada$slot"
+    echo 'Serial Number: HD'"$slot" >"$out/smartctl_-i_%2Fdev%2Fada$slot"
+    echo 'device model  M' >"$out/camcontrol_identify_ada$slot"
 done
 # The first tool of a pass is where the next act begins: no pass sees half of it.
 # shellcheck disable=SC2016 # expanded by the stand-in
 echo 'if [ -d "$out/next" ]; then mv "$out/next/"* "$out" && rmdir "$out/next"; fi
-cat "$out/disks"' >"$host/out/geom_disk_list.sh"
-
-cat >"$work/play" <<'PLAY'
-ask() { "$VYN_BUILD/bmcsim" --ask "$work/control" "$@"; }
+cat "$out/disks"' >"$out/geom_disk_list.sh"
 cat >/opt/norvik/vyn.ini <<'INI'
 Config: { updateFreq = 1; };
 Customize: {
@@ -163,30 +165,17 @@ Customize: {
   raidCards = "RAIDX9";
 };
 INI
-"$VYN_BUILD/bmcsim" --listen "$VYN_SIM_BMC" --control "$work/control" --do 'trace on' \
-    --do 'drivemap HD0=0 HD1=1 HD2=2 HD3=3' </dev/null >/dev/null 2>&1 &
-ask help >/dev/null || exit
-"$VYN_BUILD/IPMIVYN-sim" -agent start-service >/dev/null
-n=1
-while [ "$n" -le 6 ]; do
-    mv "$work/act$n" "$VYN_SIM_HOST/out/next"
-    ask wait 60 next 200 2 >/dev/null || exit
-    ask log | sed -n 's/^.* 04\/02 \(41 04 0D .*\) -> .*/\1/p' >"$work/got$n"
-    ask log clear >/dev/null
-    n=$((n + 1))
-done
-ask complaints >"$work/complaints"
-PLAY
 
-for n in 1 2 3 4 5 6; do prepare "$n" "$work/act$n"; done
-export work VYN_BUILD="$build" VYN_SIM_BMC="$work/bmc"
-"$source/simulator/run-host" "$host" sh "$work/play"
-status=$?
-[ "$status" -eq 0 ] || { echo "play: status $status"; exit "$status"; }
-failed=0
 for n in 1 2 3 4 5 6; do
+    prepare "$n" "$work/act$n"
+    mv "$work/act$n" "$out/next"
+    [ "$n" -ne 1 ] || check 'start' agent start-service >/dev/null
+    check "act $n" bmc wait 60 next 200 2
+    bmc log
+    sed -n 's/^.* 04\/02 \(41 04 0D .*\) -> .*/\1/p' "$work/reply" >"$work/got"
+    bmc log clear
     events "$n" >"$work/wanted"
-    diff "$work/wanted" "$work/got$n" || { echo "FAILED: events of act $n"; failed=1; }
+    diff "$work/wanted" "$work/got" || fail "events of act $n"
 done
-[ ! -s "$work/complaints" ] || { cat "$work/complaints"; failed=1; }
+no_complaints
 exit "$failed"
