@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <libconfig.h>
 
 const char* const ini_file = "/opt/norvik/vyn.ini";
@@ -76,9 +77,27 @@ void addDefaults(config_t& cfg) {
     addString(group, "raidCards", raidCards.c_str());
 }
 
+std::string configurationText(config_t& cfg) {
+    char* text = nullptr;
+    std::size_t size = 0;
+    std::FILE* stream = open_memstream(&text, &size);
+    if (stream == nullptr)
+        return {};
+    config_write(&cfg, stream);
+    std::fclose(stream);
+    const std::string copy(text, size);
+    std::free(text);
+    return copy;
+}
+
+// The library's own writing of a file takes a full disk for success and leaves the file cut.
 bool writeConfiguration(config_t& cfg) {
-    if (config_write_file(&cfg, ini_file) == CONFIG_TRUE)
+    const std::string beside = std::string(ini_file) + ".new";
+    const std::string text = configurationText(cfg);
+    if (!text.empty() && writeFile(beside.c_str(), "w", text) &&
+        std::rename(beside.c_str(), ini_file) == 0)
         return true;
+    std::remove(beside.c_str());
     std::fputs("Error while writing file.\n", stderr);
     return false;
 }
