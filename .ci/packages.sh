@@ -1,4 +1,4 @@
-# Sourced by check and demo: says what is missing and installs it.
+# Sourced by check, check-vm and demo: says what is missing and installs it.
 # shellcheck shell=sh disable=SC2034 # the lists are used there
 
 # What is needed, a row each: probe, package on Debian, package on FreeBSD (- where the base
@@ -26,6 +26,12 @@ original-awk    original-awk    -
 mandoc          mandoc          -
 qemu-system-x86_64 qemu-system-x86 qemu
 /usr/lib/llvm-*/lib/clang/*/include/sanitizer/asan_interface.h libclang-rt-dev -
+'
+# The kernel and the shell of the guest are only unpacked, by check-vm itself.
+vm_packages='
+qemu-system-x86_64 qemu-system-x86 -
+ipmitool        ipmitool        -
+cpio            cpio            -
 '
 
 present() { # PROBE

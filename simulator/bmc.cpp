@@ -127,6 +127,13 @@ static void countTraffic(Bmc& bmc, const Message& request, const Bytes& answer) 
     traffic.bytesOut += 2 + answer.size();
 }
 
+// Tells a virtual machine whether its driver wants an interrupt for each answer; it waits for its
+// own slow timer otherwise. Bit 0 of the global enables (IPMI v2.0, 22.1).
+static void switchInterrupt(bool wanted, Wire& wire) {
+    const Bytes control = encodeControl({static_cast<uint8_t>(wanted ? 0x05 : 0x06)});
+    wire.bytes.insert(wire.bytes.begin(), control.begin(), control.end());
+}
+
 Wire handleRequest(Bmc& bmc, Session& session, const Message& request) {
     if (session.generation != bmc.generation) { // the BMC has restarted under this client
         const uint64_t id = session.id;
@@ -146,7 +153,10 @@ Wire handleRequest(Bmc& bmc, Session& session, const Message& request) {
     trace(bmc.ledger, format("#%llu %02X/%02X ", static_cast<unsigned long long>(session.id),
                              request.netFn, request.cmd) +
                           hexText(request.data) + " -> " + hexText(answer.data));
-    return wireAnswer(bmc.faults, plan, answer);
+    Wire wire = wireAnswer(bmc.faults, plan, answer);
+    if (request.netFn == NETFN_APP && request.cmd == 0x2E && !wire.bytes.empty())
+        switchInterrupt((bmc.identity.globalEnables & 0x01) != 0, wire);
+    return wire;
 }
 
 void badFrame(Bmc& bmc, const std::string& why) {
