@@ -1,12 +1,4 @@
-// A BMC inside the test process, for unit tests over the simulated platform.
-//
-//     FakeBmc bmc;                                       // listens, sets VYN_SIM_BMC
-//     bmc.answer(0x30, 0xB6, {0x00, 0x01});              // always: completion code, then data
-//     bmc.queue(0x30, 0xA0, {{0x00, 7, 0}, {0xC1}});     // these first, one each
-//     bmc.handle(0x06, 0x59, [](const auto& r) { ... }); // computed from the request
-//     ... code under test ...
-//     EXPECT_EQ(bmc.sent(0x30, 0xB6), ...);
-//
+// A BMC inside the test process. It listens where VYN_SIM_BMC then tells the simulated platform.
 // Its wire format and its reading of uploads are the BMC simulator's, which shares no code with
 // the agent. It serves one connection after another on a thread of its own; every member may be
 // called from any thread. Construct it before the first request of the process, since the agent

@@ -7,27 +7,6 @@ namespace {
 
 using WatchdogTest = BmcTest;
 
-TEST_F(WatchdogTest, APassEnablesAndResets) {
-    struct {
-        Bytes state;
-        std::vector<Bytes> requests;
-    } const cases[] = {{{0x00, 0x00}, {{0x02}, {0x03, 0x3C, 0x00}, {0x01}}},
-                       {{0x00, 0x01, 5, 5, 5}, {{0x02}, {0x01}}},
-                       {{0x00}, {{0x02}, {0x03, 0x3C, 0x00}, {0x01}}},
-                       {{0xC1}, {{0x02}, {0x03, 0x3C, 0x00}, {0x01}}}};
-    for (const auto& c : cases) {
-        bmc->forget();
-        bmc->queue(0x30, 0xB6, {c.state});
-        runUntil(watchdog_reset_handler, watchdog_reset_condition, watchdog_reset_lock,
-                 [&] { return bmc->sent(0x30, 0xB6).size() >= c.requests.size(); });
-        EXPECT_EQ(bmc->sent(0x30, 0xB6), c.requests);
-    }
-    const Lines lines = datedLog("err");
-    EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
-              (Lines{"get watchdog timer  command fail", "set watchdog timer  command fail",
-                     "watchdog reset  command fail"}));
-}
-
 TEST_F(WatchdogTest, ATimerSwitchedOffByAStopStaysOff) {
     bmc->handle(0x30, 0xB6, [](const auto&) {
         setStopFlag(1);

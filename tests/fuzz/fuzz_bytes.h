@@ -1,9 +1,7 @@
-// What every fuzzer needs: its input taken apart, a check, and silence.
+// What every fuzzer needs: its input taken apart, a check, and silence on standard output.
 #pragma once
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -34,7 +32,6 @@ static void require(bool holds) {
         std::abort();
 }
 
-// What the agent prints is not looked at.
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     return std::freopen("/dev/null", "w", stdout) == nullptr ? 1 : 0;
 }

@@ -4,10 +4,8 @@
 #include "kcs_linux.h"
 #include "smipmi.h"
 
-#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 namespace {
 
@@ -75,20 +73,6 @@ TEST(Channel, ALateAnswerIsNotTakenForTheNextOne) {
     setenv("VYN_SIM_TIMEOUT_MS", "5000", 1);
     EXPECT_EQ(request({2}).data, Bytes{2});
     EXPECT_EQ(request({3}).data, Bytes{3});
-}
-
-TEST(Channel, ASignalDuringTheWaitLosesNothing) {
-    FakeBmc bmc;
-    struct sigaction action {};
-    action.sa_handler = [](int) {};
-    sigaction(SIGHUP, &action, nullptr);
-    const pthread_t requester = pthread_self();
-    bmc.handle(NETFN_OEM, OEM_COMMAND, [&](const FakeBmc::Request& r) {
-        pthread_kill(requester, SIGHUP);
-        return Bytes{0x00, r.data[0]};
-    });
-    for (BYTE i = 0; i < 50; ++i)
-        EXPECT_EQ(request({i}).data, Bytes{i});
 }
 
 TEST(Channel, FailedOpensLeakNothing) {

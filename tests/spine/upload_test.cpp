@@ -57,21 +57,6 @@ TEST(Upload, ShortValuesIndexBytesAndCounts) {
     EXPECT_EQ(chunks(bmc)[1], (Bytes{208, 0x10, 33, 0, 32, 0, 1, 3, 'y'}));
 }
 
-TEST(Upload, EveryRefusedChunkIsReportedAndTheRestStillSent) {
-    if (!enterSandbox())
-        GTEST_SKIP() << SANDBOX_DENIED;
-    FakeBmc bmc;
-    bmc.answer(NETFN_APP, CMD_SET_SYSTEM_INFO_PARAMS, {0xC9});
-    testing::internal::CaptureStdout();
-    ipmiCmdSet(PARM_CPU, std::string(33, 'z'));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "cCode : 201\ncCode : 201\n");
-    EXPECT_EQ(chunks(bmc).size(), 2u);
-    EXPECT_EQ(fileText("/opt/norvik/vyn.log"), "cCode ->  201\ncCode ->  201\n");
-    const std::vector<std::string> pair{"ipmi command fail cCode->  201",
-                                        "ipmi command fail, parameter->  196"};
-    EXPECT_EQ(datedLog("err"), (std::vector<std::string>{pair[0], pair[1], pair[0], pair[1]}));
-}
-
 TEST(Upload, ClearBlanksThirteenParametersInOrder) {
     FakeBmc bmc;
     EXPECT_EQ(clearData(), 0);
@@ -146,8 +131,4 @@ TEST(AgentInformation, TheTimeStampBeginsTheMainLogAnew) {
     EXPECT_EQ(log.substr(log.find('\n') + 1),
               "SEL Time stamp 1 ->  a\nSEL Time stamp 2 ->  0\nSEL Time stamp 3 ->  ff\n"
               "SEL Time stamp 4 ->  61\n");
-    bmc.answer(NETFN_APP, CMD_SET_SYSTEM_INFO_PARAMS, {0x80});
-    printTimeStamp();
-    const std::string refused = fileText("/opt/norvik/vyn.log");
-    EXPECT_EQ(refused.substr(refused.find('\n') + 1), "cCode ->  128\n");
 }

@@ -3,15 +3,12 @@
 
 #include <cerrno>
 #include <csignal>
-#include <spawn.h>
 #include <string>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 class line_child {
   public:
@@ -24,7 +21,7 @@ class line_child {
     line_child(const line_child&) = delete;
     line_child& operator=(const line_child&) = delete;
 
-    // False when the program, which is looked up in PATH, could not be started.
+    // Looks the program up in PATH. One that could not be started has ended for receive().
     bool start(std::vector<std::string> arguments) {
         int ends[2];
         if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
@@ -36,14 +33,15 @@ class line_child {
         for (std::string& argument : arguments)
             words.push_back(argument.data());
         words.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        for (const int standard : {STDIN_FILENO, STDOUT_FILENO})
-            posix_spawn_file_actions_adddup2(&actions, ends[1], standard);
-        const int error = posix_spawnp(&m_pid, words[0], &actions, nullptr, words.data(), environ);
-        posix_spawn_file_actions_destroy(&actions);
+        m_pid = fork();
+        if (m_pid == 0) {
+            dup2(ends[1], STDIN_FILENO);
+            dup2(ends[1], STDOUT_FILENO);
+            execvp(words[0], words.data());
+            _exit(127);
+        }
         close(ends[1]);
-        return error == 0;
+        return m_pid > 0;
     }
 
     void send(const std::string& line) {
@@ -52,23 +50,19 @@ class line_child {
 
     // The next line, without its end. Empty when the process has ended or is silent for 10 s.
     std::string receive() {
-        std::size_t end = 0;
-        while ((end = m_buffer.find('\n')) == std::string::npos) {
-            char chunk[4096];
-            const ssize_t count = recv(m_socket, chunk, sizeof chunk, 0);
-            if (count < 0 && errno == EINTR)
-                continue;
+        std::string line;
+        for (char byte = 0;; line += byte) {
+            ssize_t count = 0;
+            while ((count = recv(m_socket, &byte, 1, 0)) < 0 && errno == EINTR) {
+            }
             if (count <= 0)
                 return "";
-            m_buffer.append(chunk, static_cast<std::size_t>(count));
+            if (byte == '\n')
+                return line;
         }
-        const std::string line = m_buffer.substr(0, end);
-        m_buffer.erase(0, end + 1);
-        return line;
     }
 
   private:
     pid_t m_pid = -1;
     int m_socket = -1;
-    std::string m_buffer;
 };

@@ -205,14 +205,3 @@ TEST_F(QemuKcs, SurvivesASickBmc) {
         EXPECT_EQ(hexText(deviceId), hexText(answer));
     }
 }
-
-// An answer with another sequence byte leaves QEMU busy for good: every request ends in time.
-TEST_F(QemuKcs, EndsEveryRequestOfABusyInterface) {
-    order("fault 30/77 sequence 1");
-    EXPECT_EQ(TRANSPORT_FAILED, request(NETFN_OEM, TEST_COMMAND, {0x01}));
-    for (int i = 0; i < 5; ++i) {
-        EXPECT_EQ(TRANSPORT_FAILED, request(NETFN_APP, CMD_GET_DEVICE_ID, {}));
-        EXPECT_EQ(EXIT_LINE, printed);
-        EXPECT_LT(seconds, 5);
-    }
-}
