@@ -56,13 +56,13 @@ void FakeBmc::answer(std::uint8_t netFn, std::uint8_t cmd, Bytes response) {
 
 void FakeBmc::queue(std::uint8_t netFn, std::uint8_t cmd, std::vector<Bytes> responses) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    auto& waiting = m_queues[{netFn, cmd}];
-    waiting.insert(waiting.end(), responses.begin(), responses.end());
+    auto& first = m_answers[{netFn, cmd}].first;
+    first.insert(first.end(), responses.begin(), responses.end());
 }
 
 void FakeBmc::handle(std::uint8_t netFn, std::uint8_t cmd, Handler handler) {
     const std::lock_guard<std::mutex> guard(m_mutex);
-    m_handlers[{netFn, cmd}] = std::move(handler);
+    m_answers[{netFn, cmd}].usual = std::move(handler);
 }
 
 std::vector<Bytes> FakeBmc::sent(std::uint8_t netFn, std::uint8_t cmd) const {
@@ -133,19 +133,17 @@ void FakeBmc::serve() {
 }
 
 Bytes FakeBmc::respond(const Request& request) {
-    Handler handler = defaultAnswer;
+    Handler handler;
     {
         const std::lock_guard<std::mutex> guard(m_mutex);
         m_requests.push_back(request);
-        auto& waiting = m_queues[{request.netFn, request.cmd}];
-        if (!waiting.empty()) {
-            Bytes answer = waiting.front();
-            waiting.pop_front();
+        auto& [first, usual] = m_answers[{request.netFn, request.cmd}];
+        if (!first.empty()) {
+            Bytes answer = first.front();
+            first.pop_front();
             return answer;
         }
-        const auto known = m_handlers.find({request.netFn, request.cmd});
-        if (known != m_handlers.end())
-            handler = known->second;
+        handler = usual ? usual : defaultAnswer;
     }
     return handler(request);
 }

@@ -61,7 +61,10 @@ class FakeBmc {
     bool waitUntil(const std::function<bool()>& condition);
 
   private:
-    using Key = std::pair<std::uint8_t, std::uint8_t>;
+    struct Answers {
+        std::deque<Bytes> first;
+        Handler usual;
+    };
 
     void serve();
     Bytes respond(const Request& request);
@@ -72,7 +75,6 @@ class FakeBmc {
     std::thread m_thread;
     mutable std::mutex m_mutex;
     std::condition_variable m_answered;
-    std::map<Key, std::deque<Bytes>> m_queues;
-    std::map<Key, Handler> m_handlers;
+    std::map<std::pair<std::uint8_t, std::uint8_t>, Answers> m_answers; // by NetFn and command
     std::vector<Request> m_requests;
 };

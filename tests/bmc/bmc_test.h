@@ -7,10 +7,8 @@
 #include "service/locks.h"
 
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <thread>
 
 using Lines = std::vector<std::string>;
 
@@ -24,17 +22,6 @@ class BmcTest : public ::testing::Test {
         setPauseFlag(0);
         setCurPauseFlag(0);
         ASSERT_EQ(init_mutex(), 0);
-    }
-
-    // Runs a thread body until `done` holds, then stops it by the flag and a wake-up.
-    void runUntil(void* (*body)(void*), pthread_cond_t& condition, pthread_mutex_t& lock,
-                  const std::function<bool()>& done) {
-        std::thread worker(body, nullptr);
-        EXPECT_TRUE(bmc->waitUntil(done));
-        setStopFlag(1);
-        wakeUp(condition, lock);
-        worker.join();
-        setStopFlag(0);
     }
 
     std::unique_ptr<FakeBmc> bmc;

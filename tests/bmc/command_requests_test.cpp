@@ -93,10 +93,15 @@ TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
         bmc->forget();
         bmc->answer(0x06, 0x59, chunk(0, 0, 0, 0, ""));
         bmc->queue(0x06, 0x59, c.answers);
-        runUntil(command_request_handler, command_request_condition, command_request_lock, [&] {
+        std::thread worker(command_request_handler, nullptr);
+        EXPECT_TRUE(bmc->waitUntil([&] {
             wakeUp(command_request_condition, command_request_lock);
             return bmc->sent(0x06, 0x59).size() > c.answers.size();
-        });
+        }));
+        setStopFlag(1);
+        wakeUp(command_request_condition, command_request_lock);
+        worker.join();
+        setStopFlag(0);
         const auto log = datedLog("err");
         ASSERT_EQ(log.size(), ++lines);
         EXPECT_EQ(log.back(), c.refused ? "get command request command fail, cCode->  128"

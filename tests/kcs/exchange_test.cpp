@@ -81,17 +81,6 @@ TEST_F(Exchange, CarriesFramesOfEveryLength) {
         expectGoodExchange(2, length);
 }
 
-TEST_F(Exchange, RefusesFramesThatCannotBeSent) {
-    for (int length : {-1, 0, FRAME_SIZE + 1}) {
-        EXPECT_EQ(1, exchange({}, length));
-        EXPECT_EQ(EXIT_LINE, printed);
-    }
-    EXPECT_EQ(1, exchange({0x18}, 1)); // the BMC's length error
-    EXPECT_EQ(ERROR_LINES, printed);
-    EXPECT_TRUE(requests.empty());
-    expectGoodExchange(2, 3);
-}
-
 TEST_F(Exchange, EndsAfterEveryFaultAndWorksAgain) {
     const struct {
         const char *fault, *printed;

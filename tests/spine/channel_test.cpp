@@ -89,13 +89,3 @@ TEST(Channel, FailedOpensLeakNothing) {
     bmc.answer(NETFN_OEM, OEM_COMMAND, {0x00, 0x42});
     EXPECT_EQ(request().data, Bytes{0x42}) << "a later request opens the device";
 }
-
-TEST(Channel, APicmgBoardTellsItsAddress) {
-    FakeBmc bmc;
-    bmc.answer(NETFN_PICMG, 0x00, {0x00, 0x00, 0x22, 0x00});
-    bmc.answer(NETFN_PICMG, 0x01, {0x00, 0x00, 0x41, 0x82});
-    bmc.answer(NETFN_OEM, OEM_COMMAND, {0x00});
-    EXPECT_EQ(request().code, 0x00);
-    EXPECT_EQ(ipmi_open_intf.my_addr, 0x82u);
-    EXPECT_EQ(bmc.sent(NETFN_PICMG, 0x00), std::vector<Bytes>{Bytes{0x00}});
-}
