@@ -26,7 +26,6 @@ class NetworkHost : public testing::Test {
             GTEST_SKIP() << SANDBOX_DENIED;
     }
 
-    // The values uploaded under a selector.
     std::vector<std::string> values(int selector) const {
         std::vector<std::string> found;
         for (const FakeBmc::Upload& upload : bmc.uploads())
@@ -35,7 +34,6 @@ class NetworkHost : public testing::Test {
         return found;
     }
 
-    // What a call prints on standard output.
     template <class Call>
     static std::string printed(Call call) {
         testing::internal::CaptureStdout();

@@ -17,7 +17,7 @@ void put(const Descriptor& socket, const Bytes& bytes) {
               static_cast<ssize_t>(bytes.size()));
 }
 
-// Counts messages until there are `wanted`, the connection ends or 20 seconds have passed.
+// Counts messages: `wanted` unless the connection ends or 20 seconds pass.
 size_t take(const Descriptor& socket, size_t wanted) {
     size_t messages = 0;
     FrameReader reader;
