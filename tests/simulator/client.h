@@ -13,7 +13,6 @@ inline Bytes hex(const std::string& text) {
     return bytes;
 }
 
-// What is wrong contains the expected words; nothing is wrong when there are none.
 inline void expectFlaw(const std::string& flaw, const std::string& expected) {
     EXPECT_EQ(flaw.empty(), expected.empty()) << flaw;
     EXPECT_NE(flaw.find(expected), std::string::npos) << flaw;
@@ -37,7 +36,6 @@ struct Bench {
         feedFrames(reader, wire.bytes.data(), wire.bytes.size(), sink);
         return answer;
     }
-    // All complaints so far, which are forgotten.
     std::string complaints() {
         std::string all;
         for (const std::string& complaint : bmc.ledger.complaints)

@@ -28,11 +28,9 @@ TEST(BmcsimFunctions, WhatAClientIsAnswered) {
 04/02 41 04 0D 5F F0 A7 03 3C -> 00
 04/02 41 04 0D FF 70 A4 02 FF -> 00 ? unknown drive condition
 04/02 41 04 0D FF 71 A1 02 FF -> 00 ? neither asserted
-04/02 41 04 0D FE 70 A1 02 FF -> 00 ? sensor number
 04/02 41 04 0D FF 70 A1 02 00 -> 00 ? last byte
 04/02 41 04 D0 FF 6F A3 02 FF -> 00 ? no link event
 04/02 42 04 D0 FF 6F A1 02 FF -> 00 ? generator
-04/02 41 03 D0 FF 6F A1 02 FF -> 00 ? revision
 04/02 41 04 D0 FF 6F A1 03 -> C7 ? 7 bytes instead of 8
 = what is not there, and what makes no sense
 2C/00 00 -> C1

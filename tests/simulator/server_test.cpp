@@ -48,19 +48,20 @@ TEST(BmcsimServer, SurvivesGarbage) {
     const Descriptor honest = connectUnix(bmc);
     const Bytes deviceId = encodeMessage({9, 0x06, 0, 0x01, {}});
     std::mt19937 random(20220503); // the same garbage every time
+    const auto noise = [&](size_t size) {
+        Bytes bytes(size, 0);
+        for (uint8_t& byte : bytes)
+            byte = static_cast<uint8_t>(random() % 3 == 0 ? random() : 0xC0 + random() % 17);
+        return bytes;
+    };
+    const uint8_t netFns[] = {0x04, 0x06, 0x0A, 0x30, 0x2C};
+    const uint8_t cmds[] = {0x58, 0x59, 0x70, 0xA0, 0xB6, 0x02};
     for (int round = 0; round < 40; round++) {
         const Descriptor vandal = connectUnix(bmc);
-        Bytes garbage(1 + random() % 6000, 0);
-        for (uint8_t& byte : garbage)
-            byte = static_cast<uint8_t>(random());
-        put(vandal, garbage);
+        put(vandal, noise(1 + random() % 6000));
         for (int i = 0; i < 200; i++) { // good frames around random content
-            const uint8_t netFns[] = {0x04, 0x06, 0x0A, 0x30, static_cast<uint8_t>(random() % 64)};
-            const uint8_t cmds[] = {0x58, 0x59, 0x70, 0xA0, 0xB6, static_cast<uint8_t>(random())};
-            Message message = {1, netFns[random() % 5], 0, cmds[random() % 6], {}};
-            message.data.resize(random() % 45);
-            for (uint8_t& byte : message.data)
-                byte = static_cast<uint8_t>(random() % 3 == 0 ? random() : 0xC0 + random() % 17);
+            Message message = {1, netFns[random() % 5], 0, cmds[random() % 6],
+                               noise(random() % 45)};
             put(vandal, encodeMessage(message));
         }
         put(vandal, {FRAME_MESSAGE_END}); // whatever is half-sent ends here
@@ -70,8 +71,7 @@ TEST(BmcsimServer, SurvivesGarbage) {
         put(honest, deviceId);
         EXPECT_EQ(take(honest, 1), 1U);
     }
-    const Descriptor control = connectUnix(folder + "/control");
-    put(control, {'q', 'u', 'i', 't', '\n'});
+    put(connectUnix(folder + "/control"), {'q', 'u', 'i', 't', '\n'});
     thread.join();
     EXPECT_GT(server.bmc.badFrames, 0U);
     closeListener(server.bmcListeners[0]);
