@@ -4,8 +4,10 @@
 #include "kcs_linux.h"
 #include "smipmi.h"
 
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 namespace {
 
@@ -75,6 +77,20 @@ TEST(Channel, ALateAnswerIsNotTakenForTheNextOne) {
     EXPECT_EQ(request({3}).data, Bytes{3});
 }
 
+TEST(Channel, ASignalDuringTheWaitLosesNothing) {
+    FakeBmc bmc;
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(SIGHUP, &action, nullptr);
+    const pthread_t requester = pthread_self();
+    bmc.handle(NETFN_OEM, OEM_COMMAND, [&](const FakeBmc::Request& r) {
+        pthread_kill(requester, SIGHUP);
+        return Bytes{0x00, r.data[0]};
+    });
+    for (BYTE i = 0; i < 50; ++i)
+        EXPECT_EQ(request({i}).data, Bytes{i});
+}
+
 TEST(Channel, FailedOpensLeakNothing) {
     setenv("VYN_SIM_TRANSPORT", "none", 1);
     request();
@@ -88,4 +104,14 @@ TEST(Channel, FailedOpensLeakNothing) {
     FakeBmc bmc;
     bmc.answer(NETFN_OEM, OEM_COMMAND, {0x00, 0x42});
     EXPECT_EQ(request().data, Bytes{0x42}) << "a later request opens the device";
+}
+
+TEST(Channel, APicmgBoardTellsItsAddress) {
+    FakeBmc bmc;
+    bmc.answer(NETFN_PICMG, 0x00, {0x00, 0x00, 0x22, 0x00});
+    bmc.answer(NETFN_PICMG, 0x01, {0x00, 0x00, 0x41, 0x82});
+    bmc.answer(NETFN_OEM, OEM_COMMAND, {0x00});
+    EXPECT_EQ(request().code, 0x00);
+    EXPECT_EQ(ipmi_open_intf.my_addr, 0x82u);
+    EXPECT_EQ(bmc.sent(NETFN_PICMG, 0x00), std::vector<Bytes>{Bytes{0x00}});
 }
