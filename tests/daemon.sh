@@ -6,8 +6,8 @@ set -u
 build=${VYN_BUILD:?} source=${VYN_SOURCE:?}
 failed=0
 
-# scenarios NAMES HOST BMCSIM-ARGUMENT...: runs this script with each name, all at once, on the
-# host, with a BMC and a folder $work of its own. Leaves with the status of one that failed.
+# scenarios NAMES HOST BMCSIM-ARGUMENT...: runs this script with each name, all at once, on a copy
+# of the host, with a BMC and a folder $work of its own. Leaves with the status of one that failed.
 scenarios() {
     names=$1
     shift
@@ -27,36 +27,41 @@ scenarios() {
     exit "$status"
 }
 scenario() { # NAME HOST BMCSIM-ARGUMENT...
-    name=$1 host=$2 work=$top/$1
+    name=$1 work=$top/$1
+    mkdir "$work" && cp -RL "$2" "$work/host" && furnish || exit 1
     shift 2
-    mkdir "$work" || exit 1
     export work VYN_SIM_BMC="$work/bmc"
     "$build/bmcsim" --listen "$work/bmc" --control "$work/control" "$@" </dev/null >/dev/null &
     trap 'kill '$! EXIT
     bmc help # answered once it listens
-    "$source/simulator/run-host" "$host" sh "$top/scenario" "$name"
+    "$source/simulator/run-host" "$work/host" sh "$top/scenario" "$name"
 }
 
+furnish() { :; } # a script's own makes its changes to $work/host
+
 agent() { "$build/IPMIVYN-sim" -agent "$@"; }
-bmc() { "$build/bmcsim" --ask "$work/control" "$@" >"$work/reply" 2>&1; }
+ask() { "$build/bmcsim" --ask "$work/control" "$@"; }
+bmc() { ask "$@" >"$work/reply" 2>&1; }
 check() { # WHAT COMMAND...
     what=$1
     shift
-    "$@" || fail "$what: $(cat "$work/reply")"
+    "$@" || fail "$what: $(tail -n 3 "$work/reply")"
 }
 fail() {
     echo "FAILED ${work##*/}: $1" >&2 # a check may send its command's output away
     failed=1
 }
-running() { ps -x | grep -v grep | grep -q 'IPMIVYN-sim -agent start-service'; }
-ended() { # SECONDS: waits until the daemon is gone
+until_true() { # SECONDS COMMAND...
     tries=$(($1 * 10))
-    while running && [ "$tries" -gt 0 ]; do
+    shift
+    until "$@"; do
         tries=$((tries - 1))
+        [ "$tries" -gt 0 ] || return 1
         sleep 0.1
     done
-    ! running
 }
+gone() { ! ps -x | grep -v grep | grep -q 'IPMIVYN-sim -agent start-service'; }
+ended() { until_true "$1" gone; } # SECONDS: waits until the daemon is gone
 error_line() {
     grep -q "^\[..../../.. ..:..:..\] $1\$" /opt/norvik/vyn.err.log-*
 }

@@ -3,19 +3,17 @@
 # shellcheck source=tests/daemon.sh
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
-if [ $# -eq 0 ]; then
-    host=$(mktemp -d) || exit 1
-    trap 'rm -rf "$host"' EXIT
-    cp -RL "$source/hosts/freebsd-10.1/." "$host" || exit 1
-    # The drives are the story's own.
-    rm -rf "${host:?}/dev"
+# The drives are the story's own.
+# shellcheck disable=SC2317
+furnish() {
+    rm -rf "${work:?}/host/dev"
     for tool in camcontrol geom sas3ircu smartctl storcli; do
-        rm -f "$host/out/$tool"*
-        cp "$source/hosts/replay" "$host/bin/$tool"
+        rm -f "$work/host/out/$tool"*
+        cp "$source/hosts/replay" "$work/host/bin/$tool"
     done
-    (scenarios drives "$host" --do 'trace on' --do 'drivemap HD0=0 HD1=1 HD2=2 HD3=3')
-    exit
-fi
+}
+[ $# -ne 0 ] || scenarios drives "$source/hosts/freebsd-10.1" \
+    --do 'trace on' --do 'drivemap HD0=0 HD1=1 HD2=2 HD3=3'
 
 # A line tells a drive's life: kind, slot, then what its tool says of it in each act, and after
 # ":" the events that the BMC gets then, "+" asserted and "-" deasserted. "gone" is a drive that
