@@ -71,7 +71,8 @@ TEST(BmcsimServer, SurvivesGarbage) {
         put(honest, deviceId);
         EXPECT_EQ(take(honest, 1), 1U);
     }
-    put(connectUnix(folder + "/control"), {'q', 'u', 'i', 't', '\n'});
+    const Descriptor control = connectUnix(folder + "/control");
+    put(control, {'q', 'u', 'i', 't', '\n'});
     thread.join();
     EXPECT_GT(server.bmc.badFrames, 0U);
     closeListener(server.bmcListeners[0]);
