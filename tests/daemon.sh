@@ -6,8 +6,8 @@ set -u
 build=${VYN_BUILD:?} source=${VYN_SOURCE:?}
 failed=0
 
-# scenarios NAMES HOST BMCSIM-ARGUMENT...: runs this script with each name, all at once, on a copy
-# of the host, with a BMC and a folder $work of its own. Leaves with the status of one that failed.
+# scenarios NAMES HOST BMCSIM-ARGUMENT...: runs this script with each name, all at once, on the
+# host, with a BMC and a folder $work of its own. Leaves with the status of one that failed.
 scenarios() {
     names=$1
     shift
@@ -27,17 +27,20 @@ scenarios() {
     exit "$status"
 }
 scenario() { # NAME HOST BMCSIM-ARGUMENT...
-    name=$1 work=$top/$1
-    mkdir "$work" && cp -RL "$2" "$work/host" && furnish || exit 1
+    name=$1 host=$2 work=$top/$1
     shift 2
+    mkdir "$work" && furnish || exit 1
     export work VYN_SIM_BMC="$work/bmc"
     "$build/bmcsim" --listen "$work/bmc" --control "$work/control" "$@" </dev/null >/dev/null &
     trap 'kill '$! EXIT
     bmc help # answered once it listens
-    "$source/simulator/run-host" "$work/host" sh "$top/scenario" "$name"
+    "$source/simulator/run-host" "$host" sh "$top/scenario" "$name"
 }
 
-furnish() { :; } # a script's own makes its changes to $work/host
+# A script's own prepares $work and may change $host, not the folder that it names but a copy. A
+# host whose bin is a link would lose its tools' answers in one.
+furnish() { :; }
+copy_host() { cp -RL "$host" "$work/host" && host=$work/host; }
 
 agent() { "$build/IPMIVYN-sim" -agent "$@"; }
 ask() { "$build/bmcsim" --ask "$work/control" "$@"; }

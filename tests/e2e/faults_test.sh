@@ -6,7 +6,7 @@
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
 furnish() {
-    cp "$build/IPMIVYN-sim" "$work/agent" && # where an ordinary user reaches it
+    copy_host && cp "$build/IPMIVYN-sim" "$work/agent" && # where an ordinary user reaches it
         cc -shared -fPIC -o "$work/clock_shift.so" "$source/tests/e2e/clock_shift.c" &&
         chmod -R a+rX "$top"
 }

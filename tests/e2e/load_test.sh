@@ -6,8 +6,8 @@
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
 # shellcheck disable=SC2317
-furnish() { rm -rf "${work:?}/host" && "$source/simulator/large-host" "$work/host"; }
-[ -n "${work-}" ] || scenarios "${1:-7}" "$source/hosts/freebsd-10.1" \
+furnish() { host=$work/host && "$source/simulator/large-host" "$host"; }
+[ -n "${work-}" ] || scenarios "${1:-7}" '' \
     --do 'capability on 28' --do 'delay 5'
 
 cycles=$1

@@ -6,7 +6,7 @@
 # The drives are the story's own.
 # shellcheck disable=SC2317
 furnish() {
-    rm -rf "${work:?}/host/dev"
+    copy_host && rm -rf "${work:?}/host/dev" || return
     for tool in camcontrol geom sas3ircu smartctl storcli; do
         rm -f "$work/host/out/$tool"*
         cp "$source/hosts/replay" "$work/host/bin/$tool"
