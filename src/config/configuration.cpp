@@ -85,7 +85,7 @@ std::string configurationText(config_t& cfg) {
         return {};
     config_write(&cfg, stream);
     std::fclose(stream);
-    const std::string copy(text, size);
+    std::string copy(text, size);
     std::free(text);
     return copy;
 }

@@ -57,8 +57,8 @@ both)
     kill -TERM "$(head -n 1 /var/run/vyn.pid)"
     check 'end by SIGTERM' ended 10
     bmc log
-    # the last two requests but for the reply's "ok": the last value cleared, and the timer
-    [ "$(grep -v '^ok' "$work/reply" | tail -n 2 | awk '{ $1 = $2 = ""; print }' | tr -s ' ')" = \
+    # the last two that change something: the last value cleared, and the timer
+    [ "$(grep -e ' 06/58 ' -e ' 30/B6 ' "$work/reply" | tail -n 2 | awk '{ $1 = $2 = ""; print }' | tr -s ' ')" = \
         ' 06/58 CA 10 00 00 00 00 00 -> 00
  30/B6 03 00 00 -> 00' ] || fail "cleared, then off: $(tail -n 3 "$work/reply")"
     ;;

@@ -80,7 +80,7 @@ bool bmc_link::connect() {
     address.sun_family = AF_UNIX;
     if (path == nullptr || std::strlen(path) >= sizeof address.sun_path)
         return false;
-    std::strcpy(address.sun_path, path);
+    std::memcpy(address.sun_path, path, std::strlen(path) + 1);
     m_fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     if (m_fd >= 0 &&
         ::connect(m_fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
