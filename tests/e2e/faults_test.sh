@@ -104,21 +104,16 @@ bmc)
     turns=8
     while [ "$turns" -gt 0 ]; do
         turns=$((turns - 1))
-        # the last one is not followed by a new connection, which would drop its answer
-        for fault in drop midframe 'late 50' 'short 0' 'short 1' 'short 3' 'long 130' 'long 1100' \
-            sequence checksum double 'late 700'; do
+        for fault in 'late 50' 'late 700' 'short 0' 'short 1' 'short 3' 'long 130' 'long 1100' \
+            sequence checksum double drop midframe; do
             # shellcheck disable=SC2086
             bmc fault all $fault 1
         done
     done
     check 'late, short and long answers' until_true 90 spent
-    check 'cycles after them' cycles 60
-    bmc log # the time stamps: the BMC's time or, where it could not be had, none; at last its time
-    grep '06/58 CA' "$work/reply" >"$work/stamps"
-    ! grep -v -e " $year ->" -e ' 00 ->' "$work/stamps" || fail 'a time stamp of another time'
-    own() { tail -n 1 "$work/stamps" | grep -q " $year ->"; }
-    check 'its own answer to each request' own
     over 'late, short, long, broken answers'
+    bmc log # the time stamps: the BMC's time or none
+    ! grep '06/58 CA' "$work/reply" | grep -v -e " $year ->" -e ' 00 ->' || fail 'a time stamp of another time'
     ;;
 host)
     cat /dev/zero >/opt/norvik/fill 2>/dev/null
