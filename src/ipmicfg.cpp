@@ -8,7 +8,7 @@
 #include "host/os_identity.h"
 #include "nvme/smart.h"
 #include "service/control.h"
-#include "service/flags.h"
+#include "state/flags.h"
 #include "service/startup.h"
 #include "storage/inventory.h"
 #include "storage/smart_collectors.h"

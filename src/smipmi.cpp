@@ -2,7 +2,7 @@
 
 #include "kcs_linux.h"
 #include "platform/platform.h"
-#include "service/locks.h"
+#include "state/locks.h"
 
 #include <algorithm>
 

@@ -34,7 +34,7 @@ scenario() { # NAME HOST BMCSIM-ARGUMENT...
     "$build/bmcsim" --listen "$work/bmc" --control "$work/control" "$@" </dev/null >/dev/null &
     trap 'kill '$! EXIT
     bmc help # answered once it listens
-    "$source/simulator/run-host" "$host" sh "$top/scenario" "$name"
+    "$source/hosts/run-host" "$host" sh "$top/scenario" "$name"
 }
 
 # A script's own prepares $work and may change $host, not the folder that it names but a copy. A

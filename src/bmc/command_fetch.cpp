@@ -2,7 +2,7 @@
 
 #include "bmc/parameter_upload.h"
 #include "config/logs.h"
-#include "service/flags.h"
+#include "state/flags.h"
 #include "smipmi.h"
 
 #include <algorithm>

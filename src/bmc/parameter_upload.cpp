@@ -1,7 +1,7 @@
 #include "bmc/parameter_upload.h"
 
 #include "config/logs.h"
-#include "service/locks.h"
+#include "state/locks.h"
 #include "smipmi.h"
 
 #include <algorithm>

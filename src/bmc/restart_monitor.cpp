@@ -1,8 +1,8 @@
 #include "bmc/restart_monitor.h"
 
 #include "config/logs.h"
-#include "service/flags.h"
-#include "service/locks.h"
+#include "state/flags.h"
+#include "state/locks.h"
 #include "smipmi.h"
 
 namespace {

@@ -1,8 +1,8 @@
 #include "bmc/watchdog.h"
 
 #include "config/logs.h"
-#include "service/flags.h"
-#include "service/locks.h"
+#include "state/flags.h"
+#include "state/locks.h"
 #include "smipmi.h"
 
 std::atomic<int> watchdogEnabled{0};

@@ -1,6 +1,6 @@
 #include "service/schedule.h"
 
-#include "bmc/command_requests.h"
+#include "service/command_requests.h"
 #include "bmc/file_download.h"
 #include "bmc/restart_monitor.h"
 #include "bmc/time_stamp.h"
@@ -12,8 +12,8 @@
 #include "host/network_usage.h"
 #include "host/os_identity.h"
 #include "nvme/smart.h"
-#include "service/flags.h"
-#include "service/locks.h"
+#include "state/flags.h"
+#include "state/locks.h"
 #include "storage/inventory.h"
 #include "storage/smart_collectors.h"
 #include "system_info.h"

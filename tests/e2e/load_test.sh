@@ -6,7 +6,7 @@
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
 # shellcheck disable=SC2317
-furnish() { host=$work/host && "$source/simulator/large-host" "$host"; }
+furnish() { host=$work/host && "$source/hosts/large-host" "$host"; }
 [ -n "${work-}" ] || scenarios "${1:-7}" '' \
     --do 'capability on 28' --do 'delay 5'
 

@@ -4,8 +4,8 @@
 set -u
 : "${VYN_BUILD:?}"
 here=$(cd "$(dirname "$0")" && pwd)
-run=$here/../../simulator/run-host
-record=$here/../../simulator/record-host
+run=$here/../../hosts/run-host
+record=$here/../../hosts/record-host
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 failed=0

@@ -2,7 +2,7 @@
 # What a command sees on a recorded host, and what it leaves behind.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
-run=$here/../../simulator/run-host
+run=$here/../../hosts/run-host
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 host="$work/a host's"

@@ -1,7 +1,7 @@
 // The BMC's command text: first as the chunks of a fetch (a length byte and a response each), then
 // as the text that the parser gets.
 #include "bmc/command_fetch.h"
-#include "bmc/command_requests.h"
+#include "service/command_requests.h"
 #include "fuzz/fuzz_bytes.h"
 
 #include <vector>

@@ -8,7 +8,7 @@ source=$here/../..
 work=$(mktemp -d) || exit 1
 trap 'rm -rf "$work"' EXIT
 mkdir "$work/text" "$work/basic"
-"$source/simulator/run-host" "$source/hosts/storage-onboard" true
+"$source/hosts/run-host" "$source/hosts/storage-onboard" true
 [ $? -ne 77 ] || exit 77
 
 failed=0
@@ -45,7 +45,7 @@ RUN
 on_host() { # host folder, scripts
     : >"$work/noise"
     WORK=$work SCRIPTS=$2 SHELL_USED=${SHELL_USED:-sh} LC_ALL=C \
-        "$source/simulator/run-host" "$1" sh "$work/run"
+        "$source/hosts/run-host" "$1" sh "$work/run"
     check "noise on $1" '' "$(cat "$work/noise")"
 }
 copy_of() { # host: a copy whose files may change

@@ -21,7 +21,7 @@ failed=0
 # check HOST OPTION PRINTED-COUNT PRINTED-ITEM LOGGED-COUNT LOGGED-ITEM
 check() {
     rm -rf "$work/keep" "$work/bmc" "$work/control"
-    VYN_KEEP="$work/keep" "$source/simulator/run-host" "$source/hosts/$1" sh "$work/collect" "$2" >"$work/flaws"
+    VYN_KEEP="$work/keep" "$source/hosts/run-host" "$source/hosts/$1" sh "$work/collect" "$2" >"$work/flaws"
     status=$?
     [ "$status" -ne 77 ] || exit 77
     {

@@ -1,4 +1,4 @@
-#include "bmc/command_requests.h"
+#include "service/command_requests.h"
 
 #include "bmc/clear.h"
 #include "bmc/command_fetch.h"
@@ -7,8 +7,8 @@
 #include "config/logs.h"
 #include "nvme/locate.h"
 #include "service/control.h"
-#include "service/flags.h"
-#include "service/locks.h"
+#include "state/flags.h"
+#include "state/locks.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "service/flags.h"
+#include "state/flags.h"
 
 #include "shell.h"
 

@@ -3,8 +3,8 @@
 
 #include "fake_bmc.h"
 #include "sandbox.h"
-#include "service/flags.h"
-#include "service/locks.h"
+#include "state/flags.h"
+#include "state/locks.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

@@ -66,9 +66,9 @@ build_guest() {
     mv "$guest_root/bin/dash" "$guest_root/bin/sh"
     cp "$vm/busybox-static/bin/busybox" "$guest_root/bin/" || return 1
     cp -R "$vm/$kernel/lib/modules" "$guest_root/lib/" || return 1
-    cp simulator/vm/init simulator/vm/dialog "$guest_root/" || return 1
-    cp simulator/vm/udhcpc "$guest_root/etc/" || return 1
-    cp -R simulator/vm/tools "$guest_root/host/bin" || return 1
+    cp vm/init vm/dialog "$guest_root/" || return 1
+    cp vm/udhcpc "$guest_root/etc/" || return 1
+    cp -R vm/tools "$guest_root/host/bin" || return 1
     # The disks of a recorded server, for those who look for them there; one of them is bad.
     cp -R hosts/freebsd-10.1/out "$guest_root/host/" || return 1
     for tool in camcontrol df fdisk geom gpart newfs smartctl swapinfo; do

@@ -1,6 +1,6 @@
 // The KCS exchange against hardware that somebody else wrote: QEMU's isa-ipmi-kcs, driven port by
 // port without a guest. Its BMC is bmcsim.
-#include "kcs/qemu/line_child.h"
+#include "qemu/line_child.h"
 #include "kcs_exchange.h"
 #include "kcs_linux.h"
 #include "platform/platform.h"

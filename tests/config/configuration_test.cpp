@@ -1,7 +1,7 @@
 #include "config/configuration.h"
 #include "config/logs.h"
 #include "sandbox.h"
-#include "service/flags.h"
+#include "state/flags.h"
 
 #include <gtest/gtest.h>
 #include <sys/shm.h>

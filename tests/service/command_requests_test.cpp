@@ -1,4 +1,4 @@
-#include "bmc/command_requests.h"
+#include "service/command_requests.h"
 
 #include "bmc/command_fetch.h"
 #include "bmc_test.h"

@@ -1,7 +1,7 @@
-#include "service/locks.h"
+#include "state/locks.h"
 
 #include "config/logs.h"
-#include "service/flags.h"
+#include "state/flags.h"
 
 #include <cstdio>
 #include <ctime>
