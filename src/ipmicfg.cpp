@@ -2,13 +2,14 @@
 
 #include "bmc/clear.h"
 #include "bmc/file_download.h"
+#include "bmc/request.h"
 #include "host/cpu_memory.h"
 #include "host/network_inventory.h"
 #include "host/network_usage.h"
 #include "host/os_identity.h"
 #include "nvme/smart.h"
+#include "service/agent_processes.h"
 #include "service/control.h"
-#include "state/flags.h"
 #include "service/startup.h"
 #include "storage/inventory.h"
 #include "storage/smart_collectors.h"
@@ -96,7 +97,10 @@ int main(int argc, char** argv) {
     if (argc < 3 || std::strcmp(argv[1], "-agent") != 0)
         ExitWithUsage();
     for (const sub_command& each : SUB_COMMANDS)
-        if (std::strcmp(argv[2], each.name) == 0)
-            endProcess(each.action());
+        if (std::strcmp(argv[2], each.name) == 0) {
+            const int status = each.action();
+            tellUnreached();
+            endProcess(status);
+        }
     ExitWithUsage();
 }

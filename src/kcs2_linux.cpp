@@ -2,6 +2,7 @@
 
 #include "include_linux/ipmi_oem.h"
 #include "platform/platform.h"
+#include "state/flags.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -59,15 +60,25 @@ bool configureDevice(ipmi_intf* intf) {
            (intf->my_addr == 0 || platform::ipmi_set_my_address(intf->fd, intf->my_addr) == 0);
 }
 
+// Waits until the driver has a message: without a limit, but for a few seconds only once the
+// process is to end.
+bool waitForMessage(int fd) {
+    constexpr int LOOK_MS = 1000, LOOKS_UNDER_STOP = 5;
+    for (int looks_left = LOOKS_UNDER_STOP; looks_left > 0;) {
+        const int ready = platform::ipmi_wait(fd, LOOK_MS);
+        if (ready == 1 || (ready == -1 && errno != EINTR))
+            return ready == 1;
+        if (ready == 0 && stopRequested())
+            --looks_left;
+    }
+    return false;
+}
+
 // Receives until the message with `msgid` has come; answers to earlier requests are dropped.
 // Returns the length received, or -1.
 int receiveAnswer(int fd, long msgid) {
     for (;;) {
-        int ready;
-        do
-            ready = platform::ipmi_wait(fd);
-        while (ready == -1 && errno == EINTR);
-        if (ready != 1)
+        if (!waitForMessage(fd))
             return -1;
 
         platform::ipmi_addr address{};

@@ -1,98 +1,93 @@
 #include "kcs_exchange.h"
 
-#include "kcs_linux.h"
+#include "include_linux/kcs2_linux.h"
 #include "platform/platform.h"
+#include "state/flags.h"
 
-#include <atomic>
-#include <chrono>
-#include <csignal>
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
-#include <pthread.h>
-#include <sys/time.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <thread>
 #include <unistd.h>
+
+unsigned int KCS_DATA = 0xCA2;
+unsigned int KCS_STATUS = 0xCA3;
+int resp_data_len = 0;
 
 namespace {
 
 using std::chrono::steady_clock;
 
-constexpr useconds_t POLL_MICROSECONDS = 5;
 constexpr std::chrono::seconds WAIT_LIMIT{1};
+// For a whole exchange, and for the lock before it; a process that is to end waits less.
+constexpr std::chrono::seconds PATIENCE{10};
+constexpr std::chrono::seconds PATIENCE_UNDER_STOP{3};
+// Most bytes are taken within microseconds, for which no sleep is short enough.
+constexpr int POLLS_AWAKE = 100;
+constexpr std::chrono::microseconds POLL_PAUSE{5};
+
+constexpr const char* LOCK_FILE = "/var/run/vyn.kcs.lock";
+constexpr std::chrono::milliseconds LOCK_PAUSE{5};
 
 // How a phase of the exchange ended.
 enum class phase { done, timeout, wrong_state };
 
-// Set by the handler, which may run on any thread.
-std::atomic<int> isTimeout{0};
-static_assert(std::atomic<int>::is_always_lock_free, "a signal handler sets isTimeout");
+// The ports' lock against exchanges of other processes, held while it lives.
+class ports_lock {
+  public:
+    explicit ports_lock(std::chrono::seconds patience)
+        : m_fd(open(LOCK_FILE, O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
+        const auto until = steady_clock::now() + patience;
+        while (m_fd >= 0 && flock(m_fd, LOCK_EX | LOCK_NB) != 0) {
+            if (steady_clock::now() >= until) {
+                m_held = false;
+                break;
+            }
+            std::this_thread::sleep_for(LOCK_PAUSE);
+        }
+    }
+    ~ports_lock() {
+        if (m_fd >= 0)
+            close(m_fd);
+    }
+    ports_lock(const ports_lock&) = delete;
+    ports_lock& operator=(const ports_lock&) = delete;
 
-struct sigaction sa;
-itimerval timer;
+    // False when another process holds it for too long. Where no such file can be made there is
+    // nothing to be serialised with.
+    bool held() const {
+        return m_held;
+    }
 
-void timer_handler(int /*signum*/) {
-    isTimeout = 1;
-}
+  private:
+    const int m_fd;
+    bool m_held = true;
+};
 
-void install_timer_handler() {
-    sa.sa_handler = timer_handler;
-    sa.sa_flags = 0;
-    sigemptyset(&sa.sa_mask);
-    sigaction(SIGALRM, &sa, nullptr);
-}
-
-void init_timer_1S() {
-    install_timer_handler();
-    timer = {};
-    timer.it_value.tv_sec = WAIT_LIMIT.count();
-}
-
-void init_timer_0S() {
-    install_timer_handler();
-    timer = {};
+void pausePolling(int polls) {
+    if (polls >= POLLS_AWAKE)
+        std::this_thread::sleep_for(POLL_PAUSE);
 }
 
 // Polls until the status bits of `mask` are `wanted`.
-int wait_on_status(unsigned char mask, unsigned char wanted) {
-    isTimeout = 0;
-    init_timer_1S();
-    setitimer(ITIMER_REAL, &timer, nullptr);
-    for (;;) {
+int wait_on_status(unsigned char mask, unsigned char wanted, kcs_time exchange_end) {
+    const kcs_time until = std::min(steady_clock::now() + WAIT_LIMIT, exchange_end);
+    for (int polls = 0;; ++polls) {
         unsigned char status = 0;
         kcs_ReadStatus(&status);
         if ((status & mask) == wanted)
-            break;
-        usleep(POLL_MICROSECONDS);
-        if (isTimeout != 0)
+            return 0;
+        if (steady_clock::now() >= until)
             return 1;
+        pausePolling(polls);
     }
-    init_timer_0S();
-    setitimer(ITIMER_REAL, &timer, nullptr);
-    return 0;
 }
 
-// Lets SIGALRM through to this thread while it lives: a worker may have every signal blocked, and
-// the waits would never end.
-class alarm_unblocked {
-  public:
-    alarm_unblocked() {
-        sigset_t alarm;
-        sigemptyset(&alarm);
-        sigaddset(&alarm, SIGALRM);
-        pthread_sigmask(SIG_UNBLOCK, &alarm, &before);
-    }
-    ~alarm_unblocked() {
-        pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    }
-    alarm_unblocked(const alarm_unblocked&) = delete;
-    alarm_unblocked& operator=(const alarm_unblocked&) = delete;
-
-  private:
-    sigset_t before;
-};
-
 // The step after every byte of the write phase.
-phase expect_write_state() {
-    if (kcs_WaitOnIBF() != 0)
+phase expect_write_state(kcs_time end) {
+    if (kcs_WaitOnIBF(end) != 0)
         return phase::timeout;
     unsigned char state = 0;
     kcs_GetState(&state);
@@ -102,21 +97,21 @@ phase expect_write_state() {
     return phase::done;
 }
 
-phase write_request(const unsigned char* request, int length, int position) {
-    if (kcs_WaitOnIBF() != 0)
+phase write_request(const unsigned char* request, int length, int position, kcs_time end) {
+    if (kcs_WaitOnIBF(end) != 0)
         return phase::timeout;
     kcs_ClearOBF();
     kcs_WriteCommand(KCS_WRITE_START);
-    phase result = expect_write_state();
+    phase result = expect_write_state(end);
     while (result == phase::done && position != length - 1) {
         kcs_WriteData(request[position]);
         ++position;
-        result = expect_write_state();
+        result = expect_write_state(end);
     }
     if (result != phase::done)
         return result;
     kcs_WriteCommand(KCS_WRITE_END);
-    result = expect_write_state();
+    result = expect_write_state(end);
     if (result == phase::done)
         kcs_WriteData(request[position]);
     return result;
@@ -131,12 +126,12 @@ void take_byte(unsigned char* response) {
     kcs_WriteData(KCS_READ);
 }
 
-phase read_response(unsigned char* response) {
+phase read_response(unsigned char* response, kcs_time end) {
     resp_data_len = 0;
-    int taken = 0;
-    auto last_byte = steady_clock::now();
+    int taken = 0, polls = 0;
+    kcs_time byte_due = steady_clock::now() + WAIT_LIMIT;
     for (;;) {
-        if (kcs_WaitOnIBF() != 0)
+        if (kcs_WaitOnIBF(end) != 0)
             return phase::timeout;
         unsigned char state = 0;
         kcs_GetState(&state);
@@ -144,17 +139,19 @@ phase read_response(unsigned char* response) {
             break;
         if (state != KCS_STATE_READ || taken == KCS_RESPONSE_LIMIT)
             return phase::wrong_state;
+        const kcs_time now = steady_clock::now();
         if (kcs_OBFSet() != 0) {
             take_byte(response);
             ++taken;
-            last_byte = steady_clock::now();
-        } else if (steady_clock::now() - last_byte >= WAIT_LIMIT) {
+            polls = 0;
+            byte_due = now + WAIT_LIMIT;
+        } else if (now >= std::min(byte_due, end)) {
             return phase::timeout;
         } else {
-            usleep(POLL_MICROSECONDS);
+            pausePolling(polls++);
         }
     }
-    if (kcs_WaitOnOBF() != 0)
+    if (kcs_WaitOnOBF(end) != 0)
         return phase::timeout;
     kcs_ClearOBF();
     return phase::done;
@@ -167,21 +164,21 @@ bool state_is(unsigned char wanted) {
 }
 
 // Brings the interface back to IDLE; stops at the first step that the BMC does not follow.
-void recover() {
+void recover(kcs_time end) {
     std::puts("\n [kcs] kcs_error:");
-    if (kcs_WaitOnIBF() != 0)
+    if (kcs_WaitOnIBF(end) != 0)
         return;
     kcs_WriteCommand(KCS_GET_STATUS_ABORT);
-    if (kcs_WaitOnIBF() != 0)
+    if (kcs_WaitOnIBF(end) != 0)
         return;
     kcs_ClearOBF();
     kcs_WriteData(0x00);
-    if (kcs_WaitOnIBF() != 0 || !state_is(KCS_STATE_READ) || kcs_WaitOnOBF() != 0)
+    if (kcs_WaitOnIBF(end) != 0 || !state_is(KCS_STATE_READ) || kcs_WaitOnOBF(end) != 0)
         return;
     unsigned char status_code = 0;
     kcs_ReadData(&status_code);
     kcs_WriteData(KCS_READ);
-    if (kcs_WaitOnIBF() != 0 || !state_is(KCS_STATE_IDLE) || kcs_WaitOnOBF() != 0)
+    if (kcs_WaitOnIBF(end) != 0 || !state_is(KCS_STATE_IDLE) || kcs_WaitOnOBF(end) != 0)
         return;
     kcs_ClearOBF();
 }
@@ -209,12 +206,12 @@ void kcs_WriteCommand(unsigned char cmd) {
     platform::outb(cmd, static_cast<std::uint16_t>(KCS_STATUS));
 }
 
-int kcs_WaitOnIBF() {
-    return wait_on_status(KCS_IBF, 0);
+int kcs_WaitOnIBF(kcs_time exchange_end) {
+    return wait_on_status(KCS_IBF, 0, exchange_end);
 }
 
-int kcs_WaitOnOBF() {
-    return wait_on_status(KCS_OBF, KCS_OBF);
+int kcs_WaitOnOBF(kcs_time exchange_end) {
+    return wait_on_status(KCS_OBF, KCS_OBF, exchange_end);
 }
 
 void kcs_ClearOBF() {
@@ -232,17 +229,20 @@ int kcs_OBFSet() {
 
 int kcs_exchange(unsigned char* RequestCmd, unsigned char* ResponseBuf, int kcs_ReqLength,
                  int kcs_CurLength) {
-    const alarm_unblocked unblocked;
     resp_data_len = 0;
+    const std::chrono::seconds patience = stopRequested() ? PATIENCE_UNDER_STOP : PATIENCE;
+    const ports_lock lock(patience);
+    const kcs_time end = steady_clock::now() + patience;
     phase result = phase::timeout; // of a frame that can't be sent: nothing to recover from
-    if (kcs_CurLength >= 0 && kcs_CurLength < kcs_ReqLength && kcs_ReqLength <= FRAME_SIZE)
-        result = write_request(RequestCmd, kcs_ReqLength, kcs_CurLength);
+    if (lock.held() && kcs_CurLength >= 0 && kcs_CurLength < kcs_ReqLength &&
+        kcs_ReqLength <= FRAME_SIZE)
+        result = write_request(RequestCmd, kcs_ReqLength, kcs_CurLength, end);
     if (result == phase::done)
-        result = read_response(ResponseBuf);
+        result = read_response(ResponseBuf, end);
     if (result == phase::done)
         return 0;
     if (result == phase::wrong_state)
-        recover();
+        recover(end);
     std::puts("\n [kcs] kcs_error_exit:");
     return 1;
 }

@@ -1,9 +1,14 @@
-// The registers of a KCS interface and the waits on them (IPMI v2.0, 9.2 to 9.9). kcs_exchange,
-// which uses them, is declared in kcs_linux.h. The caller holds ipmi_lock and the process has
-// I/O-port privilege. SIGALRM and ITIMER_REAL belong to these waits alone.
+// The raw KCS exchange: registers, waits and frames (IPMI v2.0, 9.2 to 9.9). The caller holds
+// ipmi_lock and the process has I/O-port privilege.
 #pragma once
 
 #include "include_linux/ipmi.h"
+
+#include <chrono>
+
+extern unsigned int KCS_DATA;   // data port
+extern unsigned int KCS_STATUS; // status and command port
+extern int resp_data_len;       // bytes in the latest response frame
 
 // Status register: bits 7..6 are the state.
 constexpr unsigned char KCS_OBF = 0x01; // a byte from the BMC waits in the data register
@@ -29,10 +34,18 @@ void kcs_ReadData(unsigned char* data);
 void kcs_WriteData(unsigned char data);
 void kcs_WriteCommand(unsigned char cmd);
 
-// Wait for IBF to go clear, or for OBF to go set: 0, or 1 after one second. SIGALRM must not be
-// blocked in every thread.
-int kcs_WaitOnIBF();
-int kcs_WaitOnOBF();
+// Wait for IBF to go clear, or for OBF to go set: 0, or 1 after one second or at the end of the
+// exchange's time.
+using kcs_time = std::chrono::steady_clock::time_point;
+int kcs_WaitOnIBF(kcs_time exchange_end);
+int kcs_WaitOnOBF(kcs_time exchange_end);
 
 void kcs_ClearOBF(); // reads and drops the data byte when OBF is set
 int kcs_OBFSet();    // 1 when OBF is set, else 0
+
+// Exchanges the frame of `kcs_ReqLength` bytes, from byte `kcs_CurLength` on, for its response:
+// ResponseBuf (FRAME_SIZE bytes) and resp_data_len. Exchanges of several processes are serialised
+// by a lock on /var/run/vyn.kcs.lock, which is waited for at most ten seconds; an exchange lasts
+// ten at most; three seconds each under a stop. Returns 0, or 1 after printing the exit line.
+int kcs_exchange(unsigned char* RequestCmd, unsigned char* ResponseBuf, int kcs_ReqLength,
+                 int kcs_CurLength);

@@ -1,12 +1,17 @@
 #include "kcs_linux.h"
 
+#include "config/logs.h"
 #include "include_linux/ipmi_oem.h"
+#include "state/flags.h"
+#include "tools/program.h"
 
-unsigned int KCS_DATA = 0xCA2;
-unsigned int KCS_STATUS = 0xCA3;
-int resp_data_len = 0;
+#include <chrono>
+#include <optional>
+#include <string>
 
 namespace {
+
+using std::chrono::steady_clock;
 
 // The IPMI Version field of the Get Device ID response (IPMI v2.0, 20.1), counted in the frame.
 constexpr int VERSION_BYTE = 7;
@@ -24,6 +29,48 @@ constexpr detection ATTEMPTS[] = {
 };
 
 bool ports_enabled = false;
+
+// When the first of the latest requests, all failed, began under a stop: a BMC that is silent then
+// gets only a little more time.
+std::optional<steady_clock::time_point> failing_since;
+constexpr std::chrono::seconds FAILING_MOST{6};
+
+bool isNumber(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+// A node of an IPMI driver that this process has not opened: "/dev/ipmi1" where unit 0 is disabled,
+// or one that it may not open. Empty when there is none.
+std::string foreignNode() {
+    for (const std::string& name : tools.list_folder("/dev"))
+        if (name.rfind("ipmi", 0) == 0 && isNumber(name.substr(4)))
+            return "/dev/" + name;
+    for (const char* folder : {"/dev/ipmi", "/dev/ipmidev"})
+        for (const std::string& name : tools.list_folder(folder))
+            if (isNumber(name))
+                return std::string(folder) + "/" + name;
+    return "";
+}
+
+// Whether the ports are nobody else's. They are never touched beside a driver that is not ours.
+bool portsAreFree() {
+    constexpr std::chrono::seconds LOOK_INTERVAL{1};
+    static steady_clock::time_point looked_at;
+    static bool is_free = false, told = false;
+    if (!ports_enabled || ipmi_open_intf.opened != 0)
+        return ports_enabled;
+    const auto now = steady_clock::now();
+    if (looked_at != steady_clock::time_point() && now - looked_at < LOOK_INTERVAL)
+        return is_free;
+    looked_at = now;
+    const std::string node = foreignNode();
+    is_free = node.empty();
+    if (!is_free && !told) {
+        printErrLog("IPMI ports ->", node + " belongs to a driver, the ports are left alone");
+        told = true;
+    }
+    return is_free;
+}
 
 } // namespace
 
@@ -48,10 +95,20 @@ int init_ipmi(unsigned char* ipmi_ver) {
 
 int kcs_Interface(unsigned char* RequestCmd, unsigned char* ResponseBuf, int kcs_ReqLength,
                   int kcs_CurLength) {
+    const auto began = steady_clock::now();
+    if (failing_since.has_value() && began - *failing_since >= FAILING_MOST)
+        return 1;
     int length = 0;
-    if (ipmiCmd(RequestCmd, ResponseBuf, kcs_ReqLength, &length) == 0) {
+    int result = ipmiCmd(RequestCmd, ResponseBuf, kcs_ReqLength, &length);
+    if (result == 0)
         resp_data_len = length;
-        return 0;
-    }
-    return ports_enabled ? kcs_exchange(RequestCmd, ResponseBuf, kcs_ReqLength, kcs_CurLength) : 1;
+    else
+        result = portsAreFree()
+                     ? kcs_exchange(RequestCmd, ResponseBuf, kcs_ReqLength, kcs_CurLength)
+                     : 1;
+    if (result == 0)
+        failing_since.reset();
+    else if (!failing_since.has_value() && stopRequested())
+        failing_since = began;
+    return result;
 }

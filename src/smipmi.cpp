@@ -2,12 +2,28 @@
 
 #include "kcs_linux.h"
 #include "platform/platform.h"
-#include "state/locks.h"
+#include "state/schedule.h"
 
 #include <algorithm>
 
 pthread_mutex_t ipmi_lock = PTHREAD_MUTEX_INITIALIZER;
 unsigned char ipmi_ver = 0;
+
+namespace {
+
+thread_local bool failed = false;
+
+// Sends the frame; false when there was no response.
+bool exchange(unsigned char* frame, unsigned char* response, int length) {
+    initIPMIInterface();
+    return kcs_Interface(frame, response, length, 0) == 0 && resp_data_len >= 3;
+}
+
+} // namespace
+
+bool transportFailed() {
+    return failed;
+}
 
 int initIPMIInterface() {
     static bool io_opened = false;
@@ -26,15 +42,16 @@ BYTE runIpmiCmd(BYTE /*ipmbAddr*/, BYTE netFn, BYTE cmd, const BYTE* data, int d
                 BYTE* respBuf, DWORD* respLength) {
     const scoped_lock guard(ipmi_lock);
     *respLength = 0;
+    failed = true;
     if (dataLength < 0 || dataLength > FRAME_SIZE - 2)
         return TRANSPORT_FAILED;
 
-    initIPMIInterface();
     unsigned char frame[FRAME_SIZE] = {static_cast<unsigned char>(netFn << 2), cmd};
     unsigned char response[FRAME_SIZE] = {};
     std::copy_n(data, dataLength, frame + 2);
-    if (kcs_Interface(frame, response, dataLength + 2, 0) != 0 || resp_data_len < 3)
+    if (!exchange(frame, response, dataLength + 2))
         return TRANSPORT_FAILED;
+    failed = false;
 
     std::copy(response + 3, response + resp_data_len, respBuf);
     *respLength = static_cast<DWORD>(resp_data_len - 3);

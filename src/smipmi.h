@@ -18,6 +18,10 @@ extern unsigned char ipmi_ver; // 0x02, 0x51, or 0 while the BMC is not detected
 BYTE runIpmiCmd(BYTE ipmbAddr, BYTE netFn, BYTE cmd, const BYTE* data, int dataLength,
                 BYTE* respBuf, DWORD* respLength);
 
+// Whether the calling thread's latest request got no response at all: its completion code tells
+// nothing of the BMC.
+bool transportFailed();
+
 // Lazy detection, with ipmi_lock held: 0 when the BMC is detected, 6 when I/O-port privilege is
 // refused, 1 when detection failed.
 int initIPMIInterface();

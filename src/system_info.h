@@ -23,8 +23,13 @@ struct list {
 };
 
 // Ends the process with `status` after flushing standard output, without running destructors
-// under threads that may still be at work.
+// under threads that may still be at work. Every way out of the process is this one; once a thread
+// has begun its farewell, another thread that comes here waits for it to end the process.
 [[noreturn]] void endProcess(int status);
+
+// Makes the calling thread the one that ends the process, with something left to do before.
+void beginFarewell();
+bool farewellBegun();
 
 // Appends the nodes from `first` to `last`, none when `first` is null, at the tail of the list that
 // `head` and `prev` (its last node) describe; `last` becomes `prev`.
@@ -69,5 +74,8 @@ extern std::atomic<int> static_first_init;
 // 1 when the BMC supports NVMe data.
 extern std::atomic<int> bNVMe;
 
-// Service status as the agent information reports it: 1 running, 0 paused, 2 stopped.
+// Service status as the agent information reports it.
 extern std::atomic<int> mStatus;
+constexpr int STATUS_PAUSED = 0;
+constexpr int STATUS_RUNNING = 1;
+constexpr int STATUS_STOPPED = 2;

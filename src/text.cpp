@@ -1,7 +1,9 @@
 #include "text.h"
 
 #include <algorithm>
+#include <charconv>
 #include <climits>
+#include <cstdlib>
 
 namespace {
 
@@ -34,6 +36,24 @@ void fillEmptyFields(std::string& data, std::size_t rules) {
         for (int pass = 0; pass < 2; ++pass)
             data = substituted(data, SUBSTITUTIONS[rule]);
     data.resize(std::min(data.size(), RECORD_SIZE - 1));
+}
+
+constexpr std::string_view BLANKS = " \t";
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool sameLetter(char a, char b) {
+    return lower(a) == lower(b);
+}
+
+std::string without(std::string_view text, std::string_view characters) {
+    std::string result;
+    for (const char c : text)
+        if (characters.find(c) == characters.npos)
+            result += c;
+    return result;
 }
 
 bool isWhiteSpace(char c) {
@@ -79,6 +99,106 @@ std::vector<std::string> splitFields(std::string_view text, std::string_view sep
     return fields;
 }
 
+bool nextLine(std::string_view& rest, std::string_view& line) {
+    if (rest.empty())
+        return false;
+    const std::size_t end = rest.find('\n');
+    line = rest.substr(0, std::min(end, LINE_MOST));
+    rest.remove_prefix(end == rest.npos ? rest.size() : end + 1);
+    return true;
+}
+
+std::string_view nextWord(std::string_view& rest) {
+    rest.remove_prefix(std::min(rest.find_first_not_of(BLANKS), rest.size()));
+    const std::string_view word = rest.substr(0, rest.find_first_of(BLANKS));
+    rest.remove_prefix(word.size());
+    return word;
+}
+
+std::string_view wordOf(std::string_view line, std::size_t number) {
+    while (number-- > 0)
+        nextWord(line);
+    return nextWord(line);
+}
+
+std::vector<std::string_view> wordsOf(std::string_view line) {
+    std::vector<std::string_view> words;
+    for (std::string_view word; !(word = nextWord(line)).empty();)
+        words.push_back(word);
+    return words;
+}
+
+std::string_view trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(BLANKS), text.size()));
+    return text.substr(0, text.find_last_not_of(BLANKS) + 1);
+}
+
+bool sameText(std::string_view text, std::string_view other) {
+    return text.size() == other.size() &&
+           std::equal(text.begin(), text.end(), other.begin(), sameLetter);
+}
+
+bool holdsText(std::string_view text, std::string_view part) {
+    return std::search(text.begin(), text.end(), part.begin(), part.end(), sameLetter) !=
+               text.end() ||
+           part.empty();
+}
+
+std::string_view before(std::string_view text, std::string_view mark) {
+    const std::size_t at = text.find(mark);
+    return at == text.npos ? std::string_view() : trimmed(text.substr(0, at));
+}
+
+std::string_view behind(std::string_view text, std::string_view mark) {
+    const std::size_t at = text.find(mark);
+    return at == text.npos ? std::string_view() : trimmed(text.substr(at + mark.size()));
+}
+
+std::optional<std::string_view> labelled(std::string_view line, std::string_view label) {
+    const std::size_t colon = line.find(':');
+    if (colon == line.npos)
+        return std::nullopt;
+    // Letter by letter, passing over the blanks before a "#".
+    std::string_view said = trimmed(line.substr(0, colon));
+    for (const char c : label) {
+        if (c == '#')
+            said.remove_prefix(std::min(said.find_first_not_of(BLANKS), said.size()));
+        if (said.empty() || !sameLetter(said.front(), c))
+            return std::nullopt;
+        said.remove_prefix(1);
+    }
+    if (!said.empty())
+        return std::nullopt;
+    return trimmed(line.substr(colon + 1));
+}
+
+std::string bare(std::string_view text) {
+    return std::string(trimmed(without(text, ";:")));
+}
+
+std::string solid(std::string_view text) {
+    return without(text, ";: \t");
+}
+
+std::optional<std::uint64_t> wholeNumber(std::string_view text) {
+    std::uint64_t value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [last, error] = std::from_chars(text.data(), end, value);
+    if (text.empty() || error != std::errc() || last != end)
+        return std::nullopt;
+    return value;
+}
+
+std::string_view digitsBehind(std::string_view text, std::string_view mark) {
+    for (std::size_t at = text.find(mark); at != text.npos; at = text.find(mark, at + 1)) {
+        const std::string_view rest = text.substr(at + mark.size());
+        const std::string_view digits = rest.substr(0, rest.find_first_not_of("0123456789"));
+        if (!digits.empty())
+            return digits;
+    }
+    return {};
+}
+
 bool dropNewline(std::string& line) {
     if (line.empty() || line.back() != '\n')
         return false;
@@ -87,19 +207,14 @@ bool dropNewline(std::string& line) {
 }
 
 int leadingInteger(std::string_view text, int fallback) {
-    while (!text.empty() && isWhiteSpace(text.front()))
-        text.remove_prefix(1);
-    const bool negative = !text.empty() && text.front() == '-';
-    if (!text.empty() && (text.front() == '-' || text.front() == '+'))
-        text.remove_prefix(1);
-    if (text.empty() || text.front() < '0' || text.front() > '9')
+    const std::string copy(text.substr(0, text.find('\0')));
+    char* end = nullptr;
+    const long value = std::strtol(copy.c_str(), &end, 10); // clamps to long
+    if (end == copy.c_str())
         return fallback;
-    long long value = 0;
-    for (; !text.empty() && text.front() >= '0' && text.front() <= '9'; text.remove_prefix(1))
-        value = std::min(value * 10 + (text.front() - '0'), -static_cast<long long>(INT_MIN));
-    return static_cast<int>(negative ? -value : std::min<long long>(value, INT_MAX));
+    return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
 }
 
 std::array<BYTE, 2> itemCount(int count) {
-    return {static_cast<BYTE>(count % 255), static_cast<BYTE>(count / 255)};
+    return {static_cast<BYTE>(count % COUNT_BASE), static_cast<BYTE>(count / COUNT_BASE)};
 }

@@ -4,7 +4,9 @@
 #include "system_info.h"
 
 #include <array>
+#include <cstdint>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +36,48 @@ void copyText(char (&field)[N], std::string_view text) {
     field[length] = '\0';
 }
 
+// ---- Reading what tools print: everything here takes any bytes
+// -----------------------------------
+
+constexpr std::size_t LINE_MOST = 2000; // characters of a line that are looked at
+
+// Takes the next line, without its newline and cut to LINE_MOST, off the front of `rest`. False
+// when nothing is left:  for (std::string_view line, rest = text; nextLine(rest, line);)
+bool nextLine(std::string_view& rest, std::string_view& line);
+
+// Takes the next word, a run of characters other than blank and tab, off the front of `rest`; empty
+// when there is none.
+std::string_view nextWord(std::string_view& rest);
+// Word `number` of a line, from 0; empty when it has fewer.
+std::string_view wordOf(std::string_view line, std::size_t number);
+std::vector<std::string_view> wordsOf(std::string_view line);
+
+// Without the blanks and tabs at both ends.
+std::string_view trimmed(std::string_view text);
+
+// Upper and lower case alike (ASCII): equality, and whether `text` holds `part`.
+bool sameText(std::string_view text, std::string_view other);
+bool holdsText(std::string_view text, std::string_view part);
+
+// What stands before and behind the first `mark`, both trimmed; empty when there is no mark.
+std::string_view before(std::string_view text, std::string_view mark);
+std::string_view behind(std::string_view text, std::string_view mark);
+
+// What a "label : value" line says of a label (upper and lower case alike, blanks before a "#" of
+// the line's label left out), trimmed; nothing for another line.
+std::optional<std::string_view> labelled(std::string_view line, std::string_view label);
+
+// A record's field: the text without ";" and ":", which separate fields, trimmed. solid() leaves
+// out blanks and tabs as well.
+std::string bare(std::string_view text);
+std::string solid(std::string_view text);
+
+// The number that all of a text says in decimal digits; nothing for another text, or one that 64
+// bits can't hold.
+std::optional<std::uint64_t> wholeNumber(std::string_view text);
+// The digits that follow the first `mark` that is followed by any; empty when there is none.
+std::string_view digitsBehind(std::string_view text, std::string_view mark);
+
 // Removes one newline at the end, if there is one. Returns whether there was.
 bool dropNewline(std::string& line);
 
@@ -41,5 +85,7 @@ bool dropNewline(std::string& line);
 // to int; `fallback` when there is none.
 int leadingInteger(std::string_view text, int fallback);
 
-// The two raw bytes that announce a number of records: count mod 255, then count / 255.
+// Lengths, offsets and counts travel to the BMC as two digits of this base, the low one first.
+constexpr int COUNT_BASE = 255;
+// The two raw bytes that announce a number of records.
 std::array<BYTE, 2> itemCount(int count);

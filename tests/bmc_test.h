@@ -4,7 +4,7 @@
 #include "fake_bmc.h"
 #include "sandbox.h"
 #include "state/flags.h"
-#include "state/locks.h"
+#include "state/schedule.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ class BmcTest : public ::testing::Test {
         setStopFlag(0);
         setPauseFlag(0);
         setCurPauseFlag(0);
-        ASSERT_EQ(init_mutex(), 0);
+        ASSERT_EQ(initialiseSchedules(), nullptr);
     }
 
     std::unique_ptr<FakeBmc> bmc;

@@ -1,9 +1,10 @@
 #include "bmc/command_fetch.h"
 
 #include "bmc/parameter_upload.h"
+#include "bmc/request.h"
 #include "config/logs.h"
 #include "state/flags.h"
-#include "smipmi.h"
+#include "text.h"
 
 #include <algorithm>
 
@@ -11,29 +12,21 @@ namespace {
 
 constexpr DWORD CHUNK_HEAD_SIZE = 8;
 
-BYTE requestChunk(const command_fetch& fetch, BYTE* response, DWORD* length) {
-    const BYTE data[] = {0x10,
-                         PARM_COMMAND,
-                         0x00,
-                         fetch.index,
-                         0x00,
-                         static_cast<BYTE>(fetch.offset % 255),
-                         static_cast<BYTE>(fetch.offset / 255),
-                         static_cast<BYTE>(fetch.wanted)};
-    return runIpmiCmd(BMC_ADDRESS, NETFN_APP, CMD_GET_SYSTEM_INFO_PARAMS, data, sizeof data,
-                      response, length);
+bmc_response requestChunk(const command_fetch& fetch) {
+    return askBmc(NETFN_APP, CMD_GET_SYSTEM_INFO_PARAMS,
+                  {0x10, PARM_COMMAND, 0x00, fetch.index, 0x00,
+                   static_cast<BYTE>(fetch.offset % COUNT_BASE),
+                   static_cast<BYTE>(fetch.offset / COUNT_BASE), static_cast<BYTE>(fetch.wanted)});
 }
 
 // One request and its chunk; false when the fetch has failed, which is logged.
 bool fetchChunk(command_fetch& fetch) {
-    BYTE response[RESPONSE_SIZE] = {};
-    DWORD length = 0;
-    const BYTE code = requestChunk(fetch, response, &length);
-    if (code != 0) {
-        printErrIntLog("get command request command fail, cCode->", code);
+    const bmc_response response = requestChunk(fetch);
+    if (!response.ok()) {
+        printErrIntLog("get command request command fail, cCode->", response.code);
         return false;
     }
-    if (takeCommandChunk(fetch, decodeCommandChunk(response, length)))
+    if (takeCommandChunk(fetch, decodeCommandChunk(response.data.data(), response.length)))
         return true;
     printErrLog("Command request command error", " invalid data length");
     return false;
@@ -77,8 +70,9 @@ bool takeCommandChunk(command_fetch& fetch, const command_chunk& chunk) {
 fetched_command fetchCommand() {
     command_fetch fetch;
     bool complete = true;
+    // Text beyond what is stored is not worth delaying a stop for.
     while (complete && fetch.wanted > 0)
-        complete = fetchChunk(fetch) && (fetch.wanted == 0 || getStopFlag() == 0);
+        complete = fetchChunk(fetch) && (fetch.offset <= COMMAND_TEXT_SIZE || !stopRequested());
     // A slot filled with zeros asks for nothing.
     if (!fetch.text.empty() && fetch.text.front() == '\0')
         fetch.text.clear();

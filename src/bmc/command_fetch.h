@@ -42,8 +42,9 @@ bool takeCommandChunk(command_fetch& fetch, const command_chunk& chunk);
 struct fetched_command {
     std::string text; // empty when the BMC asks for nothing
     BYTE index = 0;
-    bool complete = false; // false: the fetch failed, which the error log tells, or a stop cut it
+    bool complete = false; // false: the fetch failed, which the error log tells, or was given up
 };
 
-// Fetches the request that waits in the BMC.
+// Fetches the request that waits in the BMC, to its end even under a stop, as far as its
+// text is stored: a request half taken would be lost.
 fetched_command fetchCommand();

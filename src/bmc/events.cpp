@@ -1,7 +1,7 @@
 #include "bmc/events.h"
 
+#include "bmc/request.h"
 #include "config/logs.h"
-#include "smipmi.h"
 
 #include <cstdio>
 
@@ -21,11 +21,12 @@ constexpr sender lan_sender = {"send Lan SEL ", "send Lan SEL done", "send Lan S
 constexpr sender smart_sender = {"send Smart SEL ", "send Smart SEL done",
                                  "send Smart SEL fail, cCode ->"};
 
-int sendRecord(const sender& from, const BYTE* record) {
-    BYTE response[RESPONSE_SIZE] = {};
-    DWORD length = 0;
-    const BYTE code = runIpmiCmd(BMC_ADDRESS, NETFN_SENSOR_EVENT, CMD_PLATFORM_EVENT, record,
-                                 EVENT_RECORD_SIZE, response, &length);
+int sendRecord(const sender& from, const selRecord& record) {
+    if (bmcAway())
+        return 1;
+    const BYTE code = askBmc(NETFN_SENSOR_EVENT, CMD_PLATFORM_EVENT,
+                             reinterpret_cast<const BYTE*>(&record), sizeof record)
+                          .code;
     switch (code) {
     case 0:
         std::printf("%s\n", from.done);
@@ -45,12 +46,13 @@ int sendRecord(const sender& from, const BYTE* record) {
 
 } // namespace
 
-int sendLanSEL(const BYTE* record) {
+int sendLanSEL(const selRecord& record) {
     return sendRecord(lan_sender, record);
 }
 
-int sendSmartSEL(const BYTE* record) {
-    std::printf("sensor num %x alert type %x  event type %x event2 %x event3 %x\n", record[3],
-                record[4], record[5], record[6], record[7]);
+int sendSmartSEL(const selRecord& record) {
+    std::printf("sensor num %x alert type %x  event type %x event2 %x event3 %x\n",
+                record.sensor_num, record.alert_type, record.event_type, record.event2,
+                record.event3);
     return sendRecord(smart_sender, record);
 }

@@ -1,15 +1,9 @@
 // Platform event records for the BMC's event log (IPMI v2.0, 29.3 "Platform Event Message").
 //
-// Record, 8 bytes: generator 0x41, revision 0x04, sensor type, sensor number, alert type, event
-// type, event2, event3.
 #pragma once
 
 #include "system_info.h"
 
-constexpr int EVENT_RECORD_SIZE = 8;
-
-constexpr BYTE EVENT_GENERATOR = 0x41;
-constexpr BYTE EVENT_REVISION = 0x04;
 constexpr BYTE sensor_type_drive = 0x0D;
 constexpr BYTE sensor_type_network = 0xD0;
 constexpr BYTE onboard_sensor_num = 0xFF; // onboard drives and network records
@@ -28,7 +22,21 @@ constexpr BYTE event_out_of_sync = 0xA5;
 constexpr BYTE event_failed_array = 0xA6;
 constexpr BYTE event_rebuild = 0xA7;
 
-// Send one record of EVENT_RECORD_SIZE bytes. Return 0 when the BMC took it, else 1; either way
-// the command log or the error log tells. Nothing is retried.
-int sendLanSEL(const BYTE* record);
-int sendSmartSEL(const BYTE* record);
+// The request data of one event, as they are sent.
+struct selRecord {
+    BYTE generator = 0x41;
+    BYTE revision = 0x04;
+    BYTE sensor_type = 0;
+    BYTE sensor_num = 0xFF;
+    BYTE alert_type = 0;
+    BYTE event_type = 0;
+    BYTE event2 = 0;
+    BYTE event3 = 0xFF;
+};
+static_assert(sizeof(selRecord) == 8);
+
+// Send one record. Return 0 when the BMC took it, else 1; the command log or the error log tells,
+// unless the BMC was away before and nothing was sent. Nothing is retried here: what was not taken
+// is the caller's to tell again.
+int sendLanSEL(const selRecord& record);
+int sendSmartSEL(const selRecord& record);

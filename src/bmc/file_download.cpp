@@ -1,16 +1,19 @@
 #include "bmc/file_download.h"
 
+#include "bmc/drive_map.h"
+#include "bmc/request.h"
+#include "bytes.h"
 #include "config/logs.h"
-#include "smipmi.h"
-#include "text.h"
+#include "state/flags.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <thread>
 
 namespace {
+
+using std::chrono::steady_clock;
 
 constexpr BYTE prepare_file = 0x05;
 constexpr BYTE get_status = 0x06;
@@ -24,10 +27,9 @@ constexpr BYTE still_preparing = 0x01;
 constexpr auto POLL_PAUSE = std::chrono::microseconds(10);
 constexpr auto POLL_LIMIT = std::chrono::seconds(30);
 
-constexpr BYTE CAPABILITY_READ_SIZE = 32;
+constexpr DWORD CAPABILITY_READ_SIZE = 32;
 constexpr DWORD NVME_BYTE = 27;
 constexpr BYTE NVME_BIT = 0x04;
-constexpr unsigned HEAD_SIZE = 16;
 
 // A transfer under way.
 struct transfer {
@@ -36,162 +38,118 @@ struct transfer {
     DWORD file_length = 0;
 };
 
-struct transfer_response {
-    BYTE bytes[RESPONSE_SIZE] = {};
-    DWORD length = 0;
-
-    std::string_view text() const {
-        return {reinterpret_cast<const char*>(bytes), length};
-    }
-};
-
-// Sends one request; on failure logs `failure` and returns false.
-template <std::size_t N>
-bool send(const transfer& file, const BYTE (&data)[N], transfer_response& response,
-          const char* failure) {
-    response = {};
-    if (runIpmiCmd(BMC_ADDRESS, NETFN_OEM, CMD_OEM_FILE_DOWNLOAD, data, static_cast<int>(N),
-                   response.bytes, &response.length) == 0)
-        return true;
-    printErrLog(file.title, failure);
-    return false;
+// Sends one request; a failure is logged.
+bmc_response send(const transfer& file, std::initializer_list<BYTE> data, const char* failure) {
+    const bmc_response response = askBmc(NETFN_OEM, CMD_OEM_FILE_DOWNLOAD, data);
+    if (!response.ok())
+        printErrLog(file.title, failure);
+    return response;
 }
 
 bool waitUntilReady(transfer& file) {
     const char* const failure = "prepare file download done fail";
-    const auto deadline = std::chrono::steady_clock::now() + POLL_LIMIT;
-    transfer_response response;
+    const auto deadline = steady_clock::now() + POLL_LIMIT;
     for (;;) {
-        if (!send(file, {get_status, file.reservation[0], file.reservation[1]}, response, failure))
+        const bmc_response status =
+            send(file, {get_status, file.reservation[0], file.reservation[1]}, failure);
+        if (!status.ok())
             return false;
-        if (response.bytes[0] != still_preparing)
-            break;
-        if (std::chrono::steady_clock::now() >= deadline) {
+        if (status.data[0] != still_preparing) {
+            file.file_length = littleEndian<std::uint32_t>(&status.data[1]);
+            return true;
+        }
+        if (steady_clock::now() >= deadline || stopRequested()) {
             printErrLog(file.title, failure);
             return false;
         }
         std::this_thread::sleep_for(POLL_PAUSE);
     }
-    for (int i = 3; i >= 0; i--)
-        file.file_length = file.file_length << 8 | response.bytes[1 + i];
-    return true;
 }
 
 bool startTransfer(transfer& file, BYTE file_id) {
-    transfer_response response;
-    if (!send(file, {prepare_file, file_id}, response, "prepare file download fail"))
+    const bmc_response prepared = send(file, {prepare_file, file_id}, "prepare file download fail");
+    if (!prepared.ok())
         return false;
-    std::memcpy(file.reservation, response.bytes, sizeof file.reservation);
+    std::copy_n(prepared.data.begin(), sizeof file.reservation, file.reservation);
     return waitUntilReady(file);
 }
 
-bool readPiece(const transfer& file, DWORD offset, DWORD count, transfer_response& response) {
-    BYTE data[9] = {read_bytes, file.reservation[0], file.reservation[1]};
-    longTo4Bytes(static_cast<long>(offset), data + 3);
-    longTo2Bytes(static_cast<long>(count), data + 7);
-    return send(file, data, response, "file download fail");
+bmc_response readPiece(const transfer& file, DWORD offset, DWORD count) {
+    BYTE place[6];
+    longTo4Bytes(static_cast<long>(offset), place);
+    longTo2Bytes(static_cast<long>(count), place + 4);
+    return send(file,
+                {read_bytes, file.reservation[0], file.reservation[1], place[0], place[1], place[2],
+                 place[3], place[4], place[5]},
+                "file download fail");
 }
 
 bool endTransfer(const transfer& file) {
-    transfer_response response;
-    return send(file, {end_transfer, file.reservation[0], file.reservation[1]}, response,
-                "file download done fail");
+    return send(file, {end_transfer, file.reservation[0], file.reservation[1]},
+                "file download done fail")
+        .ok();
 }
 
 // Reads the records that follow the head until `drives` of them are written to the map file.
-bool saveDrives(const transfer& file, int drives) {
-    drive_map_reader reader;
-    transfer_response response;
-    for (DWORD position = HEAD_SIZE; position < file.file_length;) {
+bool saveDrives(const transfer& file, unsigned drives) {
+    drive_map_record record;
+    for (DWORD position = DRIVE_MAP_HEAD_SIZE; position < file.file_length;) {
         const DWORD count = std::min<DWORD>(file.file_length - position, DRIVE_CHUNK_SIZE);
-        if (!readPiece(file, position, count, response))
+        const bmc_response piece = readPiece(file, position, count);
+        if (!piece.ok() || stopRequested())
             return false;
         position += count;
         if (drives == 0)
             break;
-        const auto drive = readDriveChunk(reader, response.text());
-        if (drive.has_value()) {
-            printHddMappingLog(drive->serial, std::to_string(drive->slot), 0);
-            drives--;
-        }
+        if (!addChunk(record, piece.text()))
+            continue;
+        const drive_slot drive = driveOf(record);
+        printHddMappingLog(drive.serial, std::to_string(drive.slot), 0);
+        record = {};
+        drives--;
     }
     return true;
-}
-
-BYTE byteAt(std::string_view bytes, std::size_t position) {
-    return position < bytes.size() ? static_cast<BYTE>(bytes[position]) : BYTE{0};
-}
-
-std::string_view textAt(std::string_view bytes, std::size_t position, std::size_t size) {
-    const std::string_view field = bytes.substr(std::min(position, bytes.size()), size);
-    return field.substr(0, field.find('\0'));
 }
 
 } // namespace
 
 void longTo4Bytes(long value, BYTE* array) {
-    for (int i = 0; i < 4; i++)
-        array[i] = static_cast<BYTE>(value >> 8 * i);
+    putLittleEndian(array, static_cast<std::uint32_t>(value));
 }
 
 void longTo2Bytes(long value, BYTE* array) {
-    for (int i = 0; i < 2; i++)
-        array[i] = static_cast<BYTE>(value >> 8 * i);
-}
-
-std::optional<drive_slot> readDriveChunk(drive_map_reader& reader, std::string_view bytes) {
-    constexpr std::size_t FIRST_PIECE = 6, SECOND_PIECE = 15;
-    drive_slot& drive = reader.drive;
-    switch (reader.chunk++ % 4) {
-    case 1: // a text copy of the number: nothing follows a zero low byte
-        drive.slot = byteAt(bytes, 1) == 0 ? 0 : byteAt(bytes, 1) | byteAt(bytes, 2) << 8;
-        return std::nullopt;
-    case 2:
-        drive.serial = textAt(bytes, 21, FIRST_PIECE);
-        return std::nullopt;
-    case 3: {
-        if (drive.serial.size() == FIRST_PIECE)
-            drive.serial += textAt(bytes, 0, SECOND_PIECE);
-        trim(drive.serial);
-        drive_slot complete;
-        std::swap(complete, drive);
-        return complete;
-    }
-    default:
-        return std::nullopt;
-    }
+    putLittleEndian(array, static_cast<std::uint16_t>(value));
 }
 
 int isSupportedNVMe() {
     transfer file{"isSupportedNVMe ->"};
     if (!startTransfer(file, capability_file))
         return 0;
-    const BYTE count = std::min(static_cast<BYTE>(file.file_length), CAPABILITY_READ_SIZE);
-    transfer_response response;
-    if (!readPiece(file, 0, count, response))
+    const bmc_response content =
+        readPiece(file, 0, std::min(file.file_length & 0xFF, CAPABILITY_READ_SIZE));
+    if (!content.ok() || !endTransfer(file))
         return 0;
-    const bool supported =
-        response.length > NVME_BYTE && (response.bytes[NVME_BYTE] & NVME_BIT) != 0;
-    if (!endTransfer(file))
-        return 0;
+    const bool supported = content.length > NVME_BYTE && (content.data[NVME_BYTE] & NVME_BIT) != 0;
     std::puts(supported ? "firmware support NVMe" : "firmware don't support NVMe");
     return supported ? 1 : 0;
 }
 
 int isSupportedSaveBiosHdd() {
     transfer file{"isSupportedSaveBiosHdd ->"};
-    transfer_response head;
-    if (!startTransfer(file, drive_map_file) || !readPiece(file, 0, HEAD_SIZE, head))
+    if (!startTransfer(file, drive_map_file))
         return 0;
-    if (head.length != HEAD_SIZE) {
+    const bmc_response head = readPiece(file, 0, DRIVE_MAP_HEAD_SIZE);
+    if (!head.ok())
+        return 0;
+    if (head.length != DRIVE_MAP_HEAD_SIZE) {
         printErrLog(file.title, "read head fail");
         return 0;
     }
-    const int drives = head.bytes[7] | head.bytes[8] << 8;
+    const unsigned drives = littleEndian<std::uint16_t>(&head.data[DRIVE_MAP_COUNT]);
     printHddMappingLog("Hdd count", std::to_string(drives), 1);
     if (drives == 0) {
         printErrLog(file.title, "hdd count 0");
         return 0;
     }
-    return saveDrives(file, drives) && endTransfer(file) ? 1 : 0;
+    return saveDrives(file, std::min(drives, DRIVE_MAP_MOST)) && endTransfer(file) ? 1 : 0;
 }

@@ -11,10 +11,6 @@
 
 #include "system_info.h"
 
-#include <optional>
-#include <string>
-#include <string_view>
-
 // 1 when the BMC's firmware supports NVMe data (capability file, byte 27, bit 2), else 0, also on
 // failure. Prints which; failures go to the error log. May block for 30 seconds while the BMC
 // prepares the file.
@@ -22,27 +18,10 @@ int isSupportedNVMe();
 
 // Downloads the BIOS drive map into the drive map file: "Hdd count" and the number of drives, then
 // the serial number and slot of each. 1 when it was read with at least one drive, else 0; failures
-// go to the error log, and what was written until then stays. May block like isSupportedNVMe.
+// go to the error log, and what was written until then stays. May block like isSupportedNVMe; a
+// stop ends it.
 int isSupportedSaveBiosHdd();
 
 // The low 4 or 2 bytes of a value, least significant first.
 void longTo4Bytes(long value, BYTE* array);
 void longTo2Bytes(long value, BYTE* array);
-
-// A drive's record in the map, 108 bytes in chunks of 27. Record bytes: 28..29 slot number, 75..80
-// and 81..95 serial number, both ended by their first zero byte, the slot's low byte first.
-constexpr unsigned DRIVE_CHUNK_SIZE = 27;
-
-struct drive_slot {
-    std::string serial; // white space normalised
-    int slot = 0;
-};
-
-// The record being read.
-struct drive_map_reader {
-    unsigned chunk = 0; // number of the next chunk, counted from the first record's start
-    drive_slot drive;
-};
-
-// Takes the next chunk, of any length; returns the drive whose record it completes.
-std::optional<drive_slot> readDriveChunk(drive_map_reader& reader, std::string_view bytes);

@@ -1,8 +1,9 @@
 #include "bmc/parameter_upload.h"
 
+#include "bmc/request.h"
 #include "config/logs.h"
-#include "state/locks.h"
-#include "smipmi.h"
+#include "state/schedule.h"
+#include "text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -23,9 +24,9 @@ struct chunk_builder {
     void add(std::size_t byte) {
         bytes[length++] = static_cast<BYTE>(byte);
     }
-    void addBase255(std::size_t number) {
-        add(number % 255);
-        add(number / 255);
+    void addDigits(std::size_t number) { // two, the low one first
+        add(number % COUNT_BASE);
+        add(number / COUNT_BASE);
     }
 };
 
@@ -36,10 +37,8 @@ bool hasIndexByte(BYTE parm) {
 BYTE sendLocked(const BYTE* chunk, int length) {
     if (owner.has_value() && pthread_equal(*owner, pthread_self()) == 0)
         return 0;
-    BYTE response[RESPONSE_SIZE];
-    DWORD response_length = 0;
-    return runIpmiCmd(BMC_ADDRESS, NETFN_APP, CMD_SET_SYSTEM_INFO_PARAMS, chunk, length, response,
-                      &response_length);
+    return askBmc(NETFN_APP, CMD_SET_SYSTEM_INFO_PARAMS, chunk, static_cast<std::size_t>(length))
+        .code;
 }
 
 void reportRefusal(BYTE parm, BYTE code) {
@@ -57,13 +56,15 @@ void uploadValue(BYTE parm, std::string_view value) {
         value.remove_prefix(1);
     }
     std::size_t offset = 0;
+    if (bmcAway())
+        return;
     do { // an empty value is one chunk, which clears the parameter
         const std::string_view piece = value.substr(offset, CHUNK_VALUE_SIZE);
         chunk_builder chunk;
         chunk.add(parm);
         chunk.add(0x10);
-        chunk.addBase255(value.size());
-        chunk.addBase255(offset);
+        chunk.addDigits(value.size());
+        chunk.addDigits(offset);
         chunk.add(piece.size());
         if (hasIndexByte(parm))
             chunk.add(index);
@@ -73,7 +74,7 @@ void uploadValue(BYTE parm, std::string_view value) {
         if (code != 0)
             reportRefusal(parm, code);
         offset += CHUNK_VALUE_SIZE;
-    } while (offset < value.size());
+    } while (offset < value.size() && !bmcAway());
 }
 
 } // namespace

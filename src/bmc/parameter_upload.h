@@ -31,7 +31,7 @@ constexpr BYTE PARM_COMMAND_RESULT = 208;
 // Uploads a value, which ends at its first zero byte, in chunks of 32 bytes under cmd_lock. For
 // 207 and 208 the first character less '0' travels as the index byte (255 for an empty value). A
 // refused chunk is reported on standard output, in the main log ("cCode ->") and in the error
-// log, and the next one is sent all the same.
+// log, and the next one is sent all the same. While the BMC is away nothing is sent or reported.
 void ipmiCmdSet(BYTE parm, std::string_view buffer);
 
 // Uploads a count as its two bytes.

@@ -1,9 +1,9 @@
 #include "bmc/restart_monitor.h"
 
+#include "bmc/request.h"
 #include "config/logs.h"
 #include "state/flags.h"
-#include "state/locks.h"
-#include "smipmi.h"
+#include "state/schedule.h"
 
 namespace {
 
@@ -11,23 +11,20 @@ constexpr long PERIOD = 60;
 constexpr BYTE get_clean_flag = 0x00;
 constexpr BYTE set_clean_flag = 0x01;
 
-// Sends a restart-clean request; the response data go to `response`, RESPONSE_SIZE bytes.
-BYTE restartClean(BYTE operation, BYTE* response, DWORD* length) {
-    const BYTE data[] = {OEM_RESTART_CLEAN, operation};
-    return runIpmiCmd(BMC_ADDRESS, NETFN_OEM, CMD_OEM_GENERAL, data, sizeof data, response, length);
+bmc_response restartClean(BYTE operation) {
+    return askBmc(NETFN_OEM, CMD_OEM_GENERAL, {OEM_RESTART_CLEAN, operation});
 }
 
 void checkRestart() {
-    BYTE response[RESPONSE_SIZE] = {};
-    DWORD length = 0;
-    if (restartClean(get_clean_flag, response, &length) != 0) {
+    const bmc_response flag = restartClean(get_clean_flag);
+    if (!flag.ok()) {
         printErrLog("get bmc restart clean", "command fail");
         return;
     }
-    if (length == 0 || response[0] != 0)
+    if (flag.length == 0 || flag.data[0] != 0)
         return;
     static_flag = 1;
-    if (restartClean(set_clean_flag, response, &length) != 0)
+    if (!restartClean(set_clean_flag).ok())
         printErrLog("set bmc restart clean", "command fail");
 }
 
@@ -35,10 +32,11 @@ void checkRestart() {
 
 void* bmc_restart_monitor_handler(void* /*arg*/) {
     while (getStopFlag() == 0) {
-        const scoped_lock guard(bmc_restart_monitor_lock);
-        waitWhilePaused(bmc_restart_monitor_condition, bmc_restart_monitor_lock);
+        const scoped_lock guard = bmc_restart_monitor_schedule.cycle();
+        bmc_restart_monitor_schedule.waitWhilePaused();
+        tryBmcAgain();
         checkRestart();
-        waitForNextCycle(bmc_restart_monitor_condition, bmc_restart_monitor_lock, PERIOD);
+        bmc_restart_monitor_schedule.waitForNextCycle(PERIOD);
     }
     return nullptr;
 }

@@ -1,8 +1,8 @@
 #include "bmc/time_stamp.h"
 
 #include "bmc/parameter_upload.h"
+#include "bmc/request.h"
 #include "config/logs.h"
-#include "smipmi.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,11 +12,9 @@ BYTE mTimeStamp[TIME_STAMP_SIZE + 1] = {};
 
 void getTimeStamp(BYTE* timeStamp) {
     std::fill_n(timeStamp, TIME_STAMP_SIZE, BYTE{0});
-    BYTE response[RESPONSE_SIZE];
-    DWORD length = 0;
-    if (runIpmiCmd(BMC_ADDRESS, NETFN_STORAGE, CMD_GET_SEL_TIME, nullptr, 0, response, &length) ==
-        0)
-        std::copy_n(response, std::min<DWORD>(length, TIME_STAMP_SIZE), timeStamp);
+    const bmc_response clock = askBmc(NETFN_STORAGE, CMD_GET_SEL_TIME, {});
+    if (clock.ok())
+        std::copy_n(clock.data.begin(), std::min<DWORD>(clock.length, TIME_STAMP_SIZE), timeStamp);
 }
 
 int printTimeStamp() {

@@ -1,9 +1,9 @@
 #include "bmc/watchdog.h"
 
+#include "bmc/request.h"
 #include "config/logs.h"
 #include "state/flags.h"
-#include "state/locks.h"
-#include "smipmi.h"
+#include "state/schedule.h"
 
 std::atomic<int> watchdogEnabled{0};
 std::atomic<int> watchdogCmd{CMD_OEM_WATCHDOG};
@@ -17,17 +17,19 @@ constexpr BYTE set_timer = 0x03;
 constexpr BYTE timer_seconds = 0x3C;
 constexpr BYTE timer_disabled = 0x00;
 
-// Sends one request with the command number given; the state byte, if there is one, goes to
-// `state`. Returns the completion code.
-template <std::size_t N>
-BYTE send(int command, const BYTE (&data)[N], BYTE* state = nullptr) {
-    BYTE response[RESPONSE_SIZE] = {};
-    DWORD length = 0;
-    const BYTE code = runIpmiCmd(BMC_ADDRESS, NETFN_OEM, static_cast<BYTE>(command), data,
-                                 static_cast<int>(N), response, &length);
-    if (state != nullptr)
-        *state = code == 0 && length > 0 ? response[0] : BYTE{0};
-    return code;
+std::atomic<bool> armed{false}; // this process has switched the timer on
+
+bmc_response send(std::initializer_list<BYTE> data) {
+    return askBmc(NETFN_OEM, static_cast<BYTE>(watchdogCmd.load()), data);
+}
+
+// Keeps the timer running. A stopping process sets the stop flag before it switches the timer off:
+// nothing is sent under that flag.
+void keepRunning() {
+    if (getWatchdog() == 0 && getStopFlag() == 0)
+        setWatchdog(1);
+    if (getStopFlag() == 0 && !send({restart_timer}).ok())
+        printErrLog("watchdog reset", "command fail");
 }
 
 } // namespace
@@ -35,7 +37,7 @@ BYTE send(int command, const BYTE (&data)[N], BYTE* state = nullptr) {
 int checkWatchdog() {
     watchdogEnabled = 0;
     for (const BYTE command : {CMD_OEM_WATCHDOG, CMD_OEM_WATCHDOG_OLD}) {
-        if (send(command, {get_state}) == 0) {
+        if (askBmc(NETFN_OEM, command, {get_state}).ok()) {
             watchdogCmd = command;
             watchdogEnabled = 1;
             break;
@@ -45,28 +47,29 @@ int checkWatchdog() {
 }
 
 void setWatchdog(int enable) {
-    const BYTE seconds = enable > 0 ? timer_seconds : timer_disabled;
-    if (send(watchdogCmd, {set_timer, seconds, 0x00}) != 0)
+    if (!send({set_timer, enable > 0 ? timer_seconds : timer_disabled, 0x00}).ok())
         printErrLog("set watchdog timer", "command fail");
+    else
+        armed = enable > 0;
+}
+
+bool watchdogArmed() {
+    return armed;
 }
 
 BYTE getWatchdog() {
-    BYTE state = 0;
-    if (send(watchdogCmd, {get_state}, &state) != 0)
+    const bmc_response state = send({get_state});
+    if (!state.ok())
         printErrLog("get watchdog timer", "command fail");
-    return state;
+    return state.ok() ? state.data[0] : BYTE{0};
 }
 
 void* watchdog_reset_handler(void* /*arg*/) {
     while (getStopFlag() == 0) {
-        const scoped_lock guard(watchdog_reset_lock);
-        // A stopping process sets the stop flag before it switches the timer off: a timer found
-        // off under that flag was meant to be.
-        if (getWatchdog() == 0 && getStopFlag() == 0)
-            setWatchdog(1);
-        if (send(watchdogCmd, {restart_timer}) != 0)
-            printErrLog("watchdog reset", "command fail");
-        waitForNextCycle(watchdog_reset_condition, watchdog_reset_lock, watchdogResetFreq);
+        const scoped_lock guard = watchdog_reset_schedule.cycle();
+        tryBmcAgain();
+        keepRunning();
+        watchdog_reset_schedule.waitForNextCycle(watchdogResetFreq);
     }
     return nullptr;
 }

@@ -4,7 +4,7 @@
 #include "system_info.h"
 
 extern std::atomic<int> watchdogEnabled;   // 1 when the BMC answered the probe
-extern std::atomic<int> watchdogCmd;       // 0xB6 or 0xB3
+extern std::atomic<int> watchdogCmd;       // command number: 0xB6 or 0xB3
 extern std::atomic<int> watchdogResetFreq; // seconds between two resets
 
 constexpr int WATCHDOG_RESET_FREQ_START = 30;
@@ -16,6 +16,9 @@ int checkWatchdog();
 
 // Switches the BMC's timer on (60 seconds) or off. A failure is logged.
 void setWatchdog(int enable);
+
+// Whether this process has switched the timer on, and not off since.
+bool watchdogArmed();
 
 // The timer's state byte: 0 when it does not run or the request failed.
 BYTE getWatchdog();

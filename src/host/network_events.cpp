@@ -33,9 +33,11 @@ void sendLinkEvent(const record_fields& fields, BYTE event) {
     if (nicStatusSel == 0)
         return;
     const int index = leadingInteger(fields[FIELD_INDEX], 0);
-    const BYTE record[EVENT_RECORD_SIZE] = {
-        EVENT_GENERATOR, EVENT_REVISION, sensor_type_network,      onboard_sensor_num,
-        alert_network,   event,          static_cast<BYTE>(index), 0xFF};
+    selRecord record;
+    record.sensor_type = sensor_type_network;
+    record.alert_type = alert_network;
+    record.event_type = event;
+    record.event2 = static_cast<BYTE>(index);
     sendLanSEL(record);
 }
 

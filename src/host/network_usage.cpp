@@ -111,6 +111,12 @@ void uploadRecords(const network_usage_list* samples, int count) {
 
 } // namespace
 
+void dropNetworkSamples() {
+    network_usage_list *samples = nullptr, *last = nullptr;
+    takeSamples(samples, last);
+    freeNodes(samples, last);
+}
+
 int getNetworkUsage(int sendCmd) {
     const int count = sampleInterfaces();
     if (sendCmd != 1)

@@ -14,6 +14,9 @@ struct network_usage_list {
 extern network_usage_list* network_head;
 extern network_usage_list* network_prev;
 
+// Forgets the samples: after a pause they would count it as one second.
+void dropNetworkSamples();
+
 // Samples every interface's byte count; with sendCmd 1 uploads the mean utilisation (parameters
 // 200 and 201) and starts afresh. Any thread. Returns 0.
 int getNetworkUsage(int sendCmd);

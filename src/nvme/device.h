@@ -5,6 +5,7 @@
 // Nothing here is shared; any thread may use any device through a descriptor of its own.
 #pragma once
 
+#include "bytes.h"
 #include "nvme/layout.h"
 
 #include <memory>

@@ -1,8 +1,8 @@
 #include "nvme/locate.h"
 
+#include "bmc/request.h"
 #include "nvme/device.h"
 #include "platform/platform.h"
-#include "smipmi.h"
 #include "text.h"
 
 #include <algorithm>
@@ -34,24 +34,14 @@ static std::string deviceSerial(const char* deviceName) {
 // False when the BMC refuses or no drive is there. An answer that ends inside the serial number
 // gives the part of it that came.
 static bool positionSerial(int aoc, int group, int slot, std::string& serial) {
-    const BYTE query[] = {OEM_NVME_POSITION,
-                          POSITION_READ,
-                          static_cast<BYTE>(aoc),
-                          static_cast<BYTE>(slot),
-                          0x01,
-                          static_cast<BYTE>(group),
-                          0x00,
-                          0x19};
-    BYTE answer[RESPONSE_SIZE] = {};
-    DWORD length = 0;
-    if (runIpmiCmd(BMC_ADDRESS, NETFN_OEM, CMD_OEM_GENERAL, query, sizeof query, answer, &length) !=
-            0 ||
-        length <= SERIAL_OFFSET || answer[SERIAL_OFFSET] == 0)
+    const bmc_response answer =
+        askBmc(NETFN_OEM, CMD_OEM_GENERAL,
+               {OEM_NVME_POSITION, POSITION_READ, static_cast<BYTE>(aoc), static_cast<BYTE>(slot),
+                0x01, static_cast<BYTE>(group), 0x00, 0x19});
+    if (!answer.ok() || answer.length <= SERIAL_OFFSET || answer.data[SERIAL_OFFSET] == 0)
         return false;
-
-    const BYTE* first = answer + SERIAL_OFFSET;
-    const BYTE* last = answer + std::min<std::size_t>(length, SERIAL_OFFSET + SERIAL_SIZE);
-    serial.assign(first, std::find(first, last, 0));
+    serial = answer.text().substr(SERIAL_OFFSET, SERIAL_SIZE);
+    serial.resize(std::min(serial.find('\0'), serial.size()));
     return true;
 }
 
@@ -92,13 +82,11 @@ int locateManage(int index, const char* deviceName) {
 }
 
 BYTE locateLed(int index, int aoc, int slot, int group) {
-    const BYTE request[] = {OEM_NVME_POSITION,        POSITION_LOCATE,
-                            static_cast<BYTE>(aoc),   static_cast<BYTE>(slot),
-                            static_cast<BYTE>(index), static_cast<BYTE>(group)};
-    BYTE answer[RESPONSE_SIZE];
-    DWORD length = 0;
-    const BYTE code = runIpmiCmd(BMC_ADDRESS, NETFN_OEM, CMD_OEM_GENERAL, request, sizeof request,
-                                 answer, &length);
+    const BYTE code =
+        askBmc(NETFN_OEM, CMD_OEM_GENERAL,
+               {OEM_NVME_POSITION, POSITION_LOCATE, static_cast<BYTE>(aoc), static_cast<BYTE>(slot),
+                static_cast<BYTE>(index), static_cast<BYTE>(group)})
+            .code;
     if (code != 0)
         std::printf("failed execute locate :");
     return code;

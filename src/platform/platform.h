@@ -72,9 +72,9 @@ int ipmi_set_gets_events(int fd, int value);
 int ipmi_set_my_address(int fd, unsigned address);
 // Hands the request to the driver, which copies it.
 int ipmi_send_command(int fd, ipmi_req& request);
-// Blocks until a message waits. Returns 1 when one does, 0 when the descriptor is not readable,
-// -1 with errno (EINTR when a signal came first).
-int ipmi_wait(int fd);
+// Blocks until a message waits, `timeout_ms` milliseconds at most. Returns 1 when one does, 0 when
+// none has come, -1 with errno (EINTR when a signal came first; the message stays where it is).
+int ipmi_wait(int fd, int timeout_ms);
 // Takes one message. -1 with EMSGSIZE: the message was longer than the buffer; what fits is there
 // and msg.data_len is the stored length.
 int ipmi_receive_msg_trunc(int fd, ipmi_recv& message);
@@ -106,10 +106,21 @@ void nvme_close(int fd);
 // status is a success of the call: look at cpl.
 int nvme_passthrough(int fd, nvme_pt_command& command);
 
-// ---- CPU, interfaces, addresses ---------------------------------------------------------------
+// ---- CPU, memory, interfaces, addresses ------------------------------------------------------
 
 // Ticks since boot: user, nice, system, interrupt, idle.
 int cp_time(std::array<std::int64_t, 5>& ticks);
+
+// Physical memory, and what of it is inactive and free, in bytes.
+struct memory_amounts {
+    std::uint64_t physical = 0;
+    std::uint64_t inactive = 0;
+    std::uint64_t free = 0;
+};
+int memory(memory_amounts& amounts);
+
+// The kernel's host name.
+int host_name(std::string& name);
 
 // Values of ifmd_flags, the same on every kernel here.
 constexpr unsigned INTERFACE_UP = 0x1;

@@ -3,12 +3,13 @@
 #include "bmc/clear.h"
 #include "bmc/command_fetch.h"
 #include "bmc/parameter_upload.h"
+#include "bmc/request.h"
 #include "config/configuration.h"
 #include "config/logs.h"
 #include "nvme/locate.h"
 #include "service/control.h"
 #include "state/flags.h"
-#include "state/locks.h"
+#include "state/schedule.h"
 
 #include <cstdio>
 
@@ -59,7 +60,7 @@ const char* perform(const command_request& request) {
 }
 
 void waitForPeriod() {
-    waitForNextCycle(command_request_condition, command_request_lock, PERIOD);
+    command_request_schedule.waitForNextCycle(PERIOD);
 }
 
 void carryOut(const std::string& index, const command_request& request) {
@@ -87,9 +88,9 @@ void serveRequest() {
 }
 
 void wakePausedThreads() {
-    wakeUp(monitor_condition, monitor_lock);
-    wakeUp(memory_condition, memory_lock);
-    wakeUp(bmc_restart_monitor_condition, bmc_restart_monitor_lock);
+    monitor_schedule.wake();
+    memory_schedule.wake();
+    bmc_restart_monitor_schedule.wake();
 }
 
 void handOverResume() {
@@ -106,7 +107,7 @@ void handOverResume() {
 void handOverStop() {
     if (getPauseFlag() == 1)
         setPauseFlag(0);
-    wakeUp(watchdog_reset_condition, watchdog_reset_lock);
+    watchdog_reset_schedule.wake();
     wakePausedThreads();
 }
 
@@ -131,7 +132,8 @@ std::optional<command_request> parseCommandRequest(std::string_view text) {
 
 void* command_request_handler(void* /*arg*/) {
     while (getStopFlag() == 0) {
-        const scoped_lock guard(command_request_lock);
+        const scoped_lock guard = command_request_schedule.cycle();
+        tryBmcAgain();
         serveRequest();
         handOverResume();
         waitForPeriod();

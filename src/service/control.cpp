@@ -2,36 +2,48 @@
 
 #include "bmc/clear.h"
 #include "bmc/parameter_upload.h"
+#include "bmc/request.h"
 #include "bmc/start_time.h"
 #include "bmc/time_stamp.h"
 #include "bmc/watchdog.h"
 #include "config/logs.h"
-#include "state/flags.h"
-#include "state/locks.h"
-#include "shell.h"
+#include "service/agent_processes.h"
+#include "service/pid_file.h"
 #include "smipmi.h"
+#include "state/flags.h"
+#include "state/schedule.h"
 #include "system_info.h"
+#include "text.h"
+#include "tools/ps.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <syslog.h>
 #include <unistd.h>
 
-int pidFilehandle = -1;
-
 namespace {
 
-constexpr int STATUS_PAUSED = 0;
-constexpr int STATUS_RUNNING = 1;
-constexpr int STATUS_STOPPED = 2;
+constexpr const char* WATCHER_NAME = "watchvyn";
+constexpr const char* WATCHER_PID_FILE = "/var/run/watchvyn.pid";
 
-// The companion watcher would start the agent again; it is stopped by its pid file or, without
-// one, by its name.
-constexpr const char* STOP_WATCHER =
-    "test -f /var/run/watchvyn.pid;if [ $? -ne 0 ];then watch=`ps -x | grep watchvyn | grep -v "
-    "grep | awk '{print $1}'`;if [ $? -eq 0 ];then for i in $watch;do /bin/kill -s HUP "
-    "$i;done;fi;else kill `cat /var/run/watchvyn.pid`;fi;";
+// The companion watcher would start the agent again; it is stopped by its pid file or, without one,
+// by its name.
+void stopWatcher() {
+    if (const auto pids = tools.read_file(WATCHER_PID_FILE)) {
+        std::string text = *pids;
+        std::replace(text.begin(), text.end(), '\n', ' ');
+        for (const std::string_view word : wordsOf(text))
+            if (const int pid = leadingInteger(word, 0); pid > 0)
+                kill(pid, SIGTERM);
+        return;
+    }
+    for (const listed_process& process : parsePs(tools.run(psCommand(), {}).text))
+        if (process.pid != getpid() && holdsText(process.listing, WATCHER_NAME) &&
+            process.listing.find("grep") == std::string::npos)
+            kill(process.pid, SIGHUP);
+}
 
 bool daemonFound() {
     if (getServiceCount() > 0)
@@ -53,6 +65,17 @@ void changeStatus(int (*set_flag)(int), int value, int status) {
     getVYNInfo();
 }
 
+// Leaves the BMC as if the service had never run.
+void sayFarewell() {
+    reserveUploads();
+    clearData();
+    if (watchdogEnabled != 1 && !watchdogArmed())
+        return;
+    // Held to the end, or the reset thread might find the timer off and start it again.
+    watchdog_reset_schedule.hold();
+    setWatchdog(0);
+}
+
 } // namespace
 
 int stop() {
@@ -65,10 +88,11 @@ int stop() {
         if (checkWatchdog() == 1)
             setWatchdog(0);
     }
-    shell_capture(STOP_WATCHER, "stop watcher").close();
+    stopWatcher();
     destroy();
     _destroy();
     removeHeldFlags();
+    tellUnreached();
     signal_handler(SIGINT);
     return 0;
 }
@@ -102,13 +126,8 @@ void signal_handler(int sig) {
         break;
     case SIGTERM:
         syslog(LOG_INFO, "Daemon exiting by system off");
-        reserveUploads();
-        clearData();
-        if (watchdogEnabled == 1) {
-            // Held to the end, or the reset thread might find the timer off and start it again.
-            pthread_mutex_lock(&watchdog_reset_lock);
-            setWatchdog(0);
-        }
+        beginFarewell();
+        sayFarewell();
         break;
     case SIGHUP:
         syslog(LOG_WARNING, "Received SIGHUP signal.");

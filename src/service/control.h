@@ -17,6 +17,3 @@ void signal_handler(int sig);
 
 // Closes the pid file that this process holds and prints "close done".
 void daemonShutdown();
-
-// The descriptor of the locked pid file, -1 in a process that holds none.
-extern int pidFilehandle;

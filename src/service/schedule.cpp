@@ -1,7 +1,7 @@
 #include "service/schedule.h"
 
-#include "service/command_requests.h"
 #include "bmc/file_download.h"
+#include "bmc/request.h"
 #include "bmc/restart_monitor.h"
 #include "bmc/time_stamp.h"
 #include "bmc/watchdog.h"
@@ -12,19 +12,27 @@
 #include "host/network_usage.h"
 #include "host/os_identity.h"
 #include "nvme/smart.h"
+#include "service/command_requests.h"
 #include "state/flags.h"
-#include "state/locks.h"
+#include "state/schedule.h"
 #include "storage/inventory.h"
 #include "storage/smart_collectors.h"
 #include "system_info.h"
+#include "tools/ask.h"
 
+#include <chrono>
+#include <cstdio>
+#include <string>
 #include <syslog.h>
 
 namespace {
 
+using std::chrono::steady_clock;
+
 constexpr int HDD_TYPE_PLAIN = 0;
 constexpr int HDD_TYPE_RSTE = 1;
-constexpr long SAMPLE_SECONDS = 1;
+constexpr std::chrono::seconds SAMPLE_PERIOD{1};
+constexpr std::chrono::seconds SAMPLES_LATE_MOST{60};
 
 pthread_t monitor_thread, memory_thread, command_request_thread, bmc_restart_monitor_thread,
     watchdog_reset_thread;
@@ -56,23 +64,21 @@ void probeBmc() {
     const bool watchdog = checkWatchdog() == 1;
     watchdogResetFreq = watchdog ? WATCHDOG_RESET_FREQ_ENABLED : WATCHDOG_RESET_FREQ_ABSENT;
     logSupport("OEM watchdog timer support = ", watchdog);
-}
-
-void collectStorage(int hdd_type) {
-    if (hdd_type == HDD_TYPE_PLAIN)
-        getSmartStorageUsage();
-    else if (intelRSTeVROC == 1 && hdd_type == HDD_TYPE_RSTE)
-        getSmartIntelRSTe();
+    // The reset thread may have tried before the command number was known.
+    if (watchdog)
+        watchdog_reset_schedule.wake();
 }
 
 // Under info_lock, which guards the start time that a pause or resume reads back meanwhile.
 void reportAgent() {
     const scoped_lock guard(info_lock);
+    mStatus = getPauseFlag() == 1 ? STATUS_PAUSED : STATUS_RUNNING;
     getVYNInfo();
 }
 
-void collect(int& hdd_type) {
-    printTimeStamp();
+int hdd_type = HDD_TYPE_PLAIN;
+
+void collectStatic() {
     // Taken before the work, so that a request made during the pass is not lost.
     if (static_flag.exchange(0) == 1) {
         hdd_type = getHddType();
@@ -81,43 +87,85 @@ void collect(int& hdd_type) {
         getOSVersion();
     }
     printIntLog("Intel RAID ->", hdd_type);
-    getLan();
-    getCPUUsage();
-    getMemoryUsage(1);
-    collectStorage(hdd_type);
+}
+
+void collectStorage() {
+    if (hdd_type == HDD_TYPE_PLAIN)
+        getSmartStorageUsage();
+    else if (intelRSTeVROC == 1 && hdd_type == HDD_TYPE_RSTE)
+        getSmartIntelRSTe();
+}
+
+void collectNvme() {
     if (bNVMe == 1)
         getNVMeSMARTInfo();
-    getNetworkUsage(1);
 }
+
+// In the order of a cycle.
+constexpr void (*COLLECTORS[])() = {
+    collectStatic,  [] { getLan(); }, [] { getCPUUsage(); },      [] { getMemoryUsage(1); },
+    collectStorage, collectNvme,      [] { getNetworkUsage(1); },
+};
 
 } // namespace
 
-void* monitor_handler(void*) {
+void beginMonitoring() {
     static_flag = 1;
     static_first_init = 1;
-    int hdd_type = HDD_TYPE_PLAIN;
+    hdd_type = HDD_TYPE_PLAIN;
     probeBmc();
+}
+
+void monitorPass() {
+    tryBmcAgain();
+    beginAskingCycle();
+    printTimeStamp();
+    for (void (*collect)() : COLLECTORS) {
+        if (stopRequested())
+            return;
+        collect();
+    }
+}
+
+void* monitor_handler(void*) {
+    beginMonitoring();
     while (getStopFlag() == 0) {
         {
-            const scoped_lock guard(monitor_lock);
-            waitWhilePaused(monitor_condition, monitor_lock);
-            collect(hdd_type);
-            waitForNextCycle(monitor_condition, monitor_lock, updateSec);
+            const scoped_lock guard = monitor_schedule.cycle();
+            if (monitor_schedule.waitWhilePaused())
+                dropNetworkSamples();
+            monitorPass();
+            monitor_schedule.waitForNextCycle(updateSec);
         }
         static_first_init = 0;
     }
     return nullptr;
 }
 
+// At a fixed rate: what is late is made up for at once, so that there is a sample for each second.
 void* memory_handler(void*) {
+    auto due = steady_clock::now();
     while (getStopFlag() == 0) {
-        const scoped_lock guard(memory_lock);
-        waitWhilePaused(memory_condition, memory_lock);
+        const scoped_lock guard = memory_schedule.cycle();
+        if (memory_schedule.waitWhilePaused() || steady_clock::now() - due > SAMPLES_LATE_MOST) {
+            dropNetworkSamples();
+            due = steady_clock::now();
+        }
         getMemoryUsage(0);
         getNetworkUsage(0);
-        waitForNextCycle(memory_condition, memory_lock, SAMPLE_SECONDS);
+        due += SAMPLE_PERIOD;
+        memory_schedule.waitUntil(due);
     }
     return nullptr;
+}
+
+int init_mutex() {
+    const schedule* failed = initialiseSchedules();
+    if (failed == nullptr)
+        return 0;
+    std::puts("\n condition init failed");
+    printErrLog("initThread ", std::string(failed->name()) + " condition init failed");
+    return 1;
 }
 
 int initThread() {

@@ -35,14 +35,17 @@ void* signal_thread(void*) {
 
 } // namespace
 
-void routeSignals() {
-    sem_init(&noted_count, 0, 0);
+int routeSignals() {
+    if (sem_init(&noted_count, 0, 0) != 0)
+        return 1;
     for (const int sig : ROUTED) {
         struct sigaction action {};
         action.sa_handler = note_signal;
         sigemptyset(&action.sa_mask);
-        sigaction(sig, &action, nullptr);
+        if (sigaction(sig, &action, nullptr) != 0)
+            return 1;
     }
+    return 0;
 }
 
 int startSignalThread() {

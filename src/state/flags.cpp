@@ -1,15 +1,12 @@
 #include "state/flags.h"
 
-#include "shell.h"
+#include "system_info.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <initializer_list>
 #include <sys/shm.h>
 
-shm* stop_shm = nullptr;
-shm* pause_shm = nullptr;
-shm* cur_pause_shm = nullptr;
+std::unique_ptr<shm> stop_shm, pause_shm, cur_pause_shm;
 
 namespace {
 
@@ -17,72 +14,59 @@ constexpr std::size_t SEGMENT_SIZE = 32;
 constexpr int SEGMENT_MODE = 0666;
 
 // The flag is one byte that other processes read and write at any time.
-void storeFlag(void* address, int value) {
-    __atomic_store_n(static_cast<char*>(address), static_cast<char>(value), __ATOMIC_RELAXED);
+void storeFlag(char* address, int value) {
+    __atomic_store_n(address, static_cast<char>(value), __ATOMIC_RELAXED);
 }
 
-signed char loadFlag(const void* address) {
-    return __atomic_load_n(static_cast<const signed char*>(address), __ATOMIC_RELAXED);
+signed char loadFlag(const char* address) {
+    return static_cast<signed char>(__atomic_load_n(address, __ATOMIC_RELAXED));
 }
 
-void* attach(int segment) {
+std::unique_ptr<shm> attach(key_t which_key, int flags) {
+    const int segment = shmget(which_key, SEGMENT_SIZE, flags | SEGMENT_MODE);
+    if (segment == -1) {
+        std::perror("shmget");
+        return nullptr;
+    }
     void* address = shmat(segment, nullptr, 0);
-    if (address != reinterpret_cast<void*>(-1))
-        return address;
-    std::perror("shmat");
-    return nullptr;
-}
-
-// Writes a flag and lets the new attachment take the place of the one held.
-int setFlag(shm*& held, key_t which_key, int value) {
-    const shm* before = held;
-    held = setSharedMemory(which_key, value);
-    if (before != nullptr)
-        shmdt(before->shm_addr);
-    delete before;
-    return 0;
+    if (address == reinterpret_cast<void*>(-1)) {
+        std::perror("shmat");
+        return nullptr;
+    }
+    return std::make_unique<shm>(segment, address);
 }
 
 } // namespace
 
-shm* setSharedMemory(key_t which_key, int value) {
-    const int segment = shmget(which_key, SEGMENT_SIZE, IPC_CREAT | SEGMENT_MODE);
-    if (segment == -1) {
-        std::perror("shmget");
-        return nullptr;
-    }
-    void* address = attach(segment);
-    if (address == nullptr)
-        return nullptr;
-    storeFlag(address, value);
-    return new shm{segment, static_cast<char*>(address)};
+shm::~shm() {
+    shmdt(shm_addr);
+}
+
+std::unique_ptr<shm> setSharedMemory(key_t which_key, int value) {
+    std::unique_ptr<shm> handle = attach(which_key, IPC_CREAT);
+    if (handle != nullptr)
+        storeFlag(handle->shm_addr, value);
+    return handle;
 }
 
 int getSharedMemory(key_t which_key) {
-    const int segment = shmget(which_key, SEGMENT_SIZE, SEGMENT_MODE);
-    if (segment == -1) {
-        std::perror("shmget");
-        return 1;
-    }
-    void* address = attach(segment);
-    if (address == nullptr)
-        return 1;
-    const int value = loadFlag(address);
-    shmdt(address);
-    return value;
+    const std::unique_ptr<shm> handle = attach(which_key, 0);
+    return handle == nullptr ? 1 : loadFlag(handle->shm_addr);
 }
 
 int setStopFlag(int value) {
-    return setFlag(stop_shm, stop_key, value);
+    stop_shm = setSharedMemory(stop_key, value);
+    return 0;
 }
 
 int setPauseFlag(int value) {
-    setFlag(pause_shm, pause_key, value);
+    pause_shm = setSharedMemory(pause_key, value);
     return value == 1 ? setCurPauseFlag(1) : 0;
 }
 
 int setCurPauseFlag(int value) {
-    return setFlag(cur_pause_shm, cur_pause_key, value);
+    cur_pause_shm = setSharedMemory(cur_pause_key, value);
+    return 0;
 }
 
 int getStopFlag() {
@@ -97,23 +81,16 @@ int getCurPauseFlag() {
     return getSharedMemory(cur_pause_key);
 }
 
+bool stopRequested() {
+    return farewellBegun() || (stop_shm != nullptr && getStopFlag() != 0);
+}
+
 void removeHeldFlags() {
-    for (shm* handle : {pause_shm, stop_shm, cur_pause_shm}) {
-        if (handle == nullptr)
+    for (std::unique_ptr<shm>* held : {&pause_shm, &stop_shm, &cur_pause_shm}) {
+        if (*held == nullptr)
             continue;
-        shmdt(handle->shm_addr);
-        shmctl(handle->shm_id, IPC_RMID, nullptr);
+        const int segment = (*held)->shm_id;
+        held->reset();
+        shmctl(segment, IPC_RMID, nullptr);
     }
-}
-
-int getServiceCount() {
-    std::string digit;
-    shell_capture shell("ps -x | grep IPMIVYN | grep -v grep | wc -l | sed 's/ *//g'",
-                        "getServiceCount");
-    shell.readPiece(digit, 1);
-    return std::atoi(digit.c_str()) - 1;
-}
-
-int getVYNStatus() {
-    return getServiceCount() < 1 ? 2 : getPauseFlag();
 }

@@ -19,8 +19,12 @@ drive_bytes raidDriveBytes(int controller, int slot) {
 }
 
 void sendDriveEvent(BYTE sensor, BYTE alert, BYTE event_type, drive_bytes bytes) {
-    const BYTE record[EVENT_RECORD_SIZE] = {EVENT_GENERATOR, EVENT_REVISION, sensor_type_drive,
-                                            sensor,          alert,          event_type,
-                                            bytes.event2,    bytes.event3};
+    selRecord record;
+    record.sensor_type = sensor_type_drive;
+    record.sensor_num = sensor;
+    record.alert_type = alert;
+    record.event_type = event_type;
+    record.event2 = bytes.event2;
+    record.event3 = bytes.event3;
     sendSmartSEL(record);
 }

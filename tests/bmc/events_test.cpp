@@ -5,7 +5,7 @@
 using EventsTest = BmcTest;
 
 TEST_F(EventsTest, EveryOutcomeIsLogged) {
-    const BYTE record[] = {0x41, 0x04, 0x0D, 0xFF, 0xF0, 0xA1, 0x03, 0xFF, 0x99};
+    const selRecord record{0x41, 0x04, 0x0D, 0xFE, 0xF0, 0xA1, 0x03, 0xFD};
     struct {
         Bytes answer;
         const char *kind, *line; // after the sender's title
@@ -16,7 +16,7 @@ TEST_F(EventsTest, EveryOutcomeIsLogged) {
         {{0xC1}, "err", "%fail, cCode ->  193"},
     };
     struct {
-        int (*send)(const BYTE*);
+        int (*send)(const selRecord&);
         std::string title;
     } const senders[] = {{sendLanSEL, "send Lan SEL "}, {sendSmartSEL, "send Smart SEL "}};
     for (const auto& sender : senders) {
@@ -25,7 +25,8 @@ TEST_F(EventsTest, EveryOutcomeIsLogged) {
             bmc->forget();
             bmc->queue(0x04, 0x02, {c.answer});
             EXPECT_EQ(sender.send(record), c.answer[0] == 0 ? 0 : 1);
-            EXPECT_EQ(bmc->sent(0x04, 0x02), std::vector<Bytes>{Bytes(record, record + 8)});
+            EXPECT_EQ(bmc->sent(0x04, 0x02),
+                      std::vector<Bytes>{Bytes({0x41, 0x04, 0x0D, 0xFE, 0xF0, 0xA1, 0x03, 0xFD})});
             ASSERT_FALSE(datedLog(c.kind).empty());
             EXPECT_EQ(datedLog(c.kind).back(), sender.title + (c.line + 1));
         }

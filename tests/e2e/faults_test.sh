@@ -76,7 +76,7 @@ cycles() { bmc wait "$1" next 202 3; }
 case $story in
 bmc)
     bmc fault all silent
-    check 'three cycles in silence' until_true 60 errors 3 'parameter->  196'
+    check 'three cycles in silence' until_true 60 errors 3 'cCode->  195'
     over 'BMC silent for 3 cycles' bmc nofault
 
     bmc away
@@ -92,6 +92,7 @@ bmc)
         code=$((code + 1))
     done
     check 'every code' until_true 90 spent
+    bmc complaints clear # of the list that a time-out code has cut short
     code=0
     while [ "$code" -lt 255 ]; do
         code=$((code + 1))
@@ -111,6 +112,7 @@ bmc)
         done
     done
     check 'late, short and long answers' until_true 90 spent
+    bmc complaints clear
     over 'late, short, long, broken answers'
     bmc log # the time stamps: the BMC's time or none
     ! grep '06/58 CA' "$work/reply" | grep -v -e " $year ->" -e ' 00 ->' || fail 'a time stamp of another time'

@@ -1,8 +1,8 @@
 // The BMC's command text: first as the chunks of a fetch (a length byte and a response each), then
 // as the text that the parser gets.
 #include "bmc/command_fetch.h"
-#include "service/command_requests.h"
 #include "fuzz/fuzz_bytes.h"
+#include "service/command_requests.h"
 
 #include <vector>
 

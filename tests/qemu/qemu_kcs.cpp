@@ -1,9 +1,9 @@
 // The KCS exchange against hardware that somebody else wrote: QEMU's isa-ipmi-kcs, driven port by
 // port without a guest. Its BMC is bmcsim.
-#include "qemu/line_child.h"
 #include "kcs_exchange.h"
 #include "kcs_linux.h"
 #include "platform/platform.h"
+#include "qemu/line_child.h"
 #include "simulator/core.h"
 #include "smipmi.h"
 

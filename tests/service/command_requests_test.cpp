@@ -95,11 +95,11 @@ TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
         bmc->queue(0x06, 0x59, c.answers);
         std::thread worker(command_request_handler, nullptr);
         EXPECT_TRUE(bmc->waitUntil([&] {
-            wakeUp(command_request_condition, command_request_lock);
+            command_request_schedule.wake();
             return bmc->sent(0x06, 0x59).size() > c.answers.size();
         }));
         setStopFlag(1);
-        wakeUp(command_request_condition, command_request_lock);
+        command_request_schedule.wake();
         worker.join();
         setStopFlag(0);
         const auto log = datedLog("err");

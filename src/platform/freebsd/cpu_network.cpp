@@ -1,4 +1,5 @@
-// CPU time, the interface MIB (ifmib(4)) and the interface addresses (getifaddrs(3)).
+// CPU time, memory, the interface MIB (ifmib(4)) and the interface addresses (getifaddrs(3)).
+#include "platform/failed.h"
 #include "platform/platform.h"
 
 // The kernel's headers expect it to come first.
@@ -12,6 +13,7 @@
 #include <net/if_dl.h>
 #include <net/if_mib.h>
 #include <sys/sysctl.h>
+#include <unistd.h>
 #include <utility>
 
 namespace platform {
@@ -27,11 +29,7 @@ static_assert(offsetof(sockaddr_dl, sdl_nlen) == 5 && offsetof(sockaddr_dl, sdl_
 
 // A value of another size than asked for is a failure too.
 static int sized(int result, std::size_t length, std::size_t wanted) {
-    if (result == 0 && length != wanted) {
-        errno = EINVAL;
-        return -1;
-    }
-    return result;
+    return result == 0 && length != wanted ? failed(EINVAL) : result;
 }
 
 int cp_time(std::array<std::int64_t, 5>& ticks) {
@@ -39,6 +37,41 @@ int cp_time(std::array<std::int64_t, 5>& ticks) {
     std::size_t length = sizeof ticks;
     return sized(sysctlbyname("kern.cp_time", ticks.data(), &length, nullptr, 0), length,
                  sizeof ticks);
+}
+
+// One page count of the virtual memory system, in bytes.
+static int pages(const char* name, unsigned page_size, std::uint64_t& bytes) {
+    unsigned count = 0;
+    std::size_t length = sizeof count;
+    if (sized(sysctlbyname(name, &count, &length, nullptr, 0), length, sizeof count) != 0)
+        return -1;
+    bytes = std::uint64_t{count} * page_size;
+    return 0;
+}
+
+int memory(memory_amounts& amounts) {
+    unsigned long physical = 0;
+    std::size_t length = sizeof physical;
+    if (sized(sysctlbyname("hw.physmem", &physical, &length, nullptr, 0), length,
+              sizeof physical) != 0)
+        return -1;
+    unsigned page_size = 0;
+    length = sizeof page_size;
+    if (sized(sysctlbyname("hw.pagesize", &page_size, &length, nullptr, 0), length,
+              sizeof page_size) != 0)
+        return -1;
+    amounts.physical = physical;
+    return pages("vm.stats.vm.v_inactive_count", page_size, amounts.inactive) != 0
+               ? -1
+               : pages("vm.stats.vm.v_free_count", page_size, amounts.free);
+}
+
+int host_name(std::string& name) {
+    char text[256] = {};
+    if (gethostname(text, sizeof text - 1) != 0)
+        return -1;
+    name = text;
+    return 0;
 }
 
 int interface_count(int& count) {

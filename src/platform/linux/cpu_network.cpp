@@ -1,4 +1,6 @@
-// CPU counters, interfaces and addresses of a Linux kernel: proc(5), netdevice(7), getifaddrs(3).
+// CPU counters, memory, interfaces and addresses of a Linux kernel: proc(5), netdevice(7),
+// getifaddrs(3).
+#include "platform/failed.h"
 #include "platform/platform.h"
 
 #include <algorithm>
@@ -14,11 +16,6 @@
 
 namespace platform {
 namespace {
-
-int failed(int error) {
-    errno = error;
-    return -1;
-}
 
 // The names of all interfaces in the order of their kernel indexes. A name's place here, from 1, is
 // its row: the kernel's own indexes have gaps wherever an interface has gone.
@@ -110,6 +107,41 @@ int cp_time(std::array<std::int64_t, 5>& ticks) {
     const auto& [user, nice, system, idle, waiting, interrupt, soft, stolen] = columns;
 
     ticks = {user, nice, system + stolen, interrupt + soft, idle + waiting};
+    return 0;
+}
+
+// Lines of /proc/meminfo, "Name:   amount kB".
+int memory(memory_amounts& amounts) {
+    std::ifstream file("/proc/meminfo");
+    struct {
+        const char* name;
+        std::uint64_t& bytes;
+        bool found = false;
+    } wanted[] = {{"MemTotal:", amounts.physical},
+                  {"Inactive:", amounts.inactive},
+                  {"MemFree:", amounts.free}};
+    for (std::string line; std::getline(file, line);) {
+        std::istringstream stream(line);
+        std::string name;
+        std::uint64_t kilobytes = 0;
+        stream >> name >> kilobytes;
+        for (auto& amount : wanted)
+            if (stream && name == amount.name) {
+                amount.bytes = kilobytes * 1024;
+                amount.found = true;
+            }
+    }
+    for (const auto& amount : wanted)
+        if (!amount.found)
+            return failed(ENOENT);
+    return 0;
+}
+
+int host_name(std::string& name) {
+    char text[256] = {};
+    if (gethostname(text, sizeof text - 1) != 0)
+        return -1;
+    name = text;
     return 0;
 }
 

@@ -1,5 +1,7 @@
-// CPU counters, interfaces and addresses from the files of a recorded host. They are read again on
-// every call; a missing file is ENOENT, a line that is not as it should be EINVAL.
+// CPU counters, memory, host name, interfaces and addresses from the files of a recorded host. They
+// are read again on every call; a missing file is ENOENT, a line that is not as it should be
+// EINVAL.
+#include "platform/failed.h"
 #include "platform/platform.h"
 
 #include <algorithm>
@@ -17,11 +19,6 @@ namespace platform {
 namespace {
 
 using words = std::vector<std::string>;
-
-int failed(int error) {
-    errno = error;
-    return -1;
-}
 
 // The words of every line that has any; "#" starts a comment.
 int readLines(const char* name, std::vector<words>& lines) {
@@ -175,6 +172,27 @@ int cp_time(std::array<std::int64_t, 5>& ticks) {
         read[i] = static_cast<std::int64_t>(value);
     }
     ticks = read;
+    return 0;
+}
+
+int memory(memory_amounts& amounts) {
+    std::vector<words> lines;
+    if (readLines("memory.txt", lines) != 0)
+        return -1;
+    constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+    if (lines.size() != 1 || lines[0].size() != 3 || !number(lines[0][0], most, amounts.physical) ||
+        !number(lines[0][1], most, amounts.inactive) || !number(lines[0][2], most, amounts.free))
+        return failed(EINVAL);
+    return 0;
+}
+
+int host_name(std::string& name) {
+    std::vector<words> lines;
+    if (readLines("hostname.txt", lines) != 0)
+        return -1;
+    if (lines.size() != 1 || lines[0].size() != 1)
+        return failed(EINVAL);
+    name = lines[0][0];
     return 0;
 }
 

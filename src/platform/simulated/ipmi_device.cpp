@@ -2,11 +2,12 @@
 // Like a real driver it answers for a silent BMC after a while; unlike most it hands a late
 // answer over too, under its old message id.
 
+#include "platform/failed.h"
 #include "platform/platform.h"
 #include "platform/simulated/bmc_link.h"
 
 #include <algorithm>
-#include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
@@ -36,8 +37,9 @@ struct message {
 
 struct device {
     simulated::bmc_link link;
-    std::map<std::uint8_t, sent_request> sent; // by sequence byte
-    std::uint8_t latest = 0;                   // sequence byte of the newest request
+    std::map<std::uint8_t, sent_request> sent;        // by sequence byte
+    std::uint8_t latest = 0;                          // sequence byte of the newest request
+    std::chrono::steady_clock::time_point answer_due; // the driver answers for the BMC then
     std::deque<message> waiting;
 };
 
@@ -72,10 +74,8 @@ bool queueAnswer(device& node, const simulated::bmc_answer& answer) {
 int ipmi_open(const char* path) {
     auto node = std::make_unique<device>();
     if (simulated::transport() != "driver" || std::strcmp(path, DEVICE_NODE) != 0 ||
-        !node->link.connect()) {
-        errno = ENOENT;
-        return -1;
-    }
+        !node->link.connect())
+        return failed(ENOENT);
     const int fd = open("/dev/null", O_RDWR | O_CLOEXEC);
     if (fd < 0)
         return -1;
@@ -102,42 +102,45 @@ int ipmi_send_command(int fd, ipmi_req& request) {
     device* node = find(fd);
     if (node == nullptr)
         return -1;
-    if (!node->link.connect()) {
-        errno = EIO;
-        return -1;
-    }
+    if (!node->link.connect())
+        return failed(EIO);
     ipmi_system_interface_addr address{};
     std::memcpy(&address, request.addr, std::min<std::size_t>(request.addr_len, sizeof address));
     const int sequence = node->link.send(request.msg.netfn, address.lun, request.msg.cmd,
                                          request.msg.data, request.msg.data_len);
-    if (sequence < 0) {
-        errno = EIO;
-        return -1;
-    }
+    if (sequence < 0)
+        return failed(EIO);
     node->latest = static_cast<std::uint8_t>(sequence);
+    node->answer_due =
+        std::chrono::steady_clock::now() + std::chrono::milliseconds(simulated::timeoutMs());
     node->sent[node->latest] = {request.msgid, request.msg.netfn, request.msg.cmd};
     return 0;
 }
 
-int ipmi_wait(int fd) {
+int ipmi_wait(int fd, int timeout_ms) {
+    using std::chrono::steady_clock;
     device* node = find(fd);
     if (node == nullptr)
         return -1;
+    const auto until = steady_clock::now() + std::chrono::milliseconds(timeout_ms);
     while (node->waiting.empty()) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(
+            std::min(until, node->answer_due) - steady_clock::now());
         simulated::bmc_answer answer;
-        switch (node->link.receive(answer, simulated::timeoutMs())) {
+        switch (node->link.receive(answer, std::max(0, static_cast<int>(left.count())))) {
         case simulated::bmc_link::result::answered:
             queueAnswer(*node, answer);
             break;
         case simulated::bmc_link::result::timed_out:
+            if (steady_clock::now() < node->answer_due)
+                return 0;
             answerForBmc(*node, TIMED_OUT);
             break;
         case simulated::bmc_link::result::disconnected:
             answerForBmc(*node, DISCONNECTED);
             break;
         case simulated::bmc_link::result::interrupted:
-            errno = EINTR;
-            return -1;
+            return failed(EINTR);
         }
     }
     return 1;
@@ -147,10 +150,8 @@ int ipmi_receive_msg_trunc(int fd, ipmi_recv& received) {
     device* node = find(fd);
     if (node == nullptr)
         return -1;
-    if (node->waiting.empty()) {
-        errno = EAGAIN;
-        return -1;
-    }
+    if (node->waiting.empty())
+        return failed(EAGAIN);
     const message next = std::move(node->waiting.front());
     node->waiting.pop_front();
     const std::size_t stored = std::min<std::size_t>(next.data.size(), received.msg.data_len);
@@ -161,8 +162,7 @@ int ipmi_receive_msg_trunc(int fd, ipmi_recv& received) {
     received.msg.data_len = static_cast<std::uint16_t>(stored);
     if (stored == next.data.size())
         return 0;
-    errno = EMSGSIZE;
-    return -1;
+    return failed(EMSGSIZE);
 }
 
 } // namespace platform

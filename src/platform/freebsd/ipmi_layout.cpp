@@ -1,13 +1,10 @@
-// The ipmi(4) device node (sys/ipmi.h).
+// What platform.h says of ipmi(4), beside the kernel's own words (sys/ipmi.h).
 #include "platform/platform.h"
 
 #include <sys/types.h>
 
 #include <cstddef>
-#include <fcntl.h>
 #include <sys/ioctl.h>
-#include <sys/select.h>
-#include <unistd.h>
 
 // Last, for its request codes are macros that bear the names of the constants above.
 #include <sys/ipmi.h>
@@ -45,40 +42,5 @@ static_assert(sizeof(ipmi_system_interface_addr) == sizeof(::ipmi_system_interfa
                   offsetof(::ipmi_system_interface_addr, channel) &&
               offsetof(ipmi_system_interface_addr, lun) ==
                   offsetof(::ipmi_system_interface_addr, lun));
-
-int ipmi_open(const char* path) {
-    return open(path, O_RDWR | O_CLOEXEC);
-}
-
-void ipmi_close(int fd) {
-    close(fd);
-}
-
-int ipmi_set_gets_events(int fd, int value) {
-    return ioctl(fd, IPMICTL_SET_GETS_EVENTS_CMD, &value);
-}
-
-int ipmi_set_my_address(int fd, unsigned address) {
-    return ioctl(fd, IPMICTL_SET_MY_ADDRESS_CMD, &address);
-}
-
-int ipmi_send_command(int fd, ipmi_req& request) {
-    return ioctl(fd, IPMICTL_SEND_COMMAND, &request);
-}
-
-int ipmi_wait(int fd) {
-    if (fd < 0 || fd >= FD_SETSIZE)
-        return 0; // beyond what select can watch
-    fd_set readable;
-    FD_ZERO(&readable);
-    FD_SET(fd, &readable);
-    if (select(fd + 1, &readable, nullptr, nullptr, nullptr) < 0)
-        return -1;
-    return FD_ISSET(fd, &readable) ? 1 : 0;
-}
-
-int ipmi_receive_msg_trunc(int fd, ipmi_recv& message) {
-    return ioctl(fd, IPMICTL_RECEIVE_MSG_TRUNC, &message);
-}
 
 } // namespace platform

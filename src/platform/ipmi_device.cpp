@@ -1,5 +1,5 @@
-// The OpenIPMI device of the Linux kernel.
-
+// The IPMI device node, for both kernels: ipmi(4) and the OpenIPMI device take the same ioctls.
+#include "platform/failed.h"
 #include "platform/platform.h"
 
 #include <fcntl.h>
@@ -29,10 +29,10 @@ int ipmi_send_command(int fd, ipmi_req& request) {
     return ioctl(fd, IPMICTL_SEND_COMMAND, &request);
 }
 
-int ipmi_wait(int fd) {
+int ipmi_wait(int fd, int timeout_ms) {
     pollfd device{fd, POLLIN, 0};
-    const int ready = poll(&device, 1, -1);
-    return ready == 1 && (device.revents & POLLIN) == 0 ? 0 : ready;
+    const int ready = poll(&device, 1, timeout_ms);
+    return ready == 1 && (device.revents & POLLIN) == 0 ? failed(EIO) : ready;
 }
 
 int ipmi_receive_msg_trunc(int fd, ipmi_recv& message) {
