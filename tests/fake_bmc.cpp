@@ -1,9 +1,12 @@
 #include "fake_bmc.h"
 
+#include "bmc/request.h"
+#include "include_linux/kcs2_linux.h"
 #include "simulator/parameters.h"
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -29,6 +32,10 @@ bool readable(int fd, int stop) {
 } // namespace
 
 FakeBmc::FakeBmc() {
+    // Whatever BMC this process knew before is forgotten.
+    ipmi_open_intf.close(&ipmi_open_intf);
+    ipmi_ver = 0;
+    tryBmcAgain();
     char folder[] = "/tmp/fake-bmc.XXXXXX";
     if (mkdtemp(folder) == nullptr || pipe(m_stop) != 0)
         throw std::runtime_error("fake BMC: no folder or pipe");
@@ -46,7 +53,7 @@ FakeBmc::~FakeBmc() {
     m_thread.join();
     close(m_stop[0]);
     bmcsim::closeListener(m_listener);
-    rmdir(m_folder.c_str());
+    std::filesystem::remove_all(m_folder);
     unsetenv("VYN_SIM_BMC");
 }
 

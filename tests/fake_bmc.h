@@ -1,8 +1,7 @@
 // A BMC inside the test process. It listens where VYN_SIM_BMC then tells the simulated platform.
 // Its wire format and its reading of uploads are the BMC simulator's, which shares no code with
 // the agent. It serves one connection after another on a thread of its own; every member may be
-// called from any thread. Construct it before the first request of the process, since the agent
-// keeps its connection.
+// called from any thread. One at a time; the agent's connection to an earlier one is closed.
 #pragma once
 
 #include "simulator/frame.h"

@@ -1,21 +1,60 @@
 #include "nvme/device.h"
 
+#include "bytes.h"
+#include "config/logs.h"
 #include "platform/platform.h"
+#include "state/flags.h"
 #include "system_info.h"
+#include "tools/program.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <err.h>
-#include <new>
+
+namespace {
 
 constexpr const char* NVME_PREFIX = "nvme";
 constexpr std::size_t PATH_SIZE = 64;
 
-static int openFailed(int error, int exit_on_error) {
+int openFailed(int error, int exit_on_error) {
     if (exit_on_error != 0)
         endProcess(1);
     return error;
+}
+
+bool readPage(int fd, std::uint8_t opcode, std::uint32_t nsid, std::uint32_t cdw10,
+              std::uint8_t* page, std::uint32_t size, const char* what) {
+    platform::nvme_pt_command pt;
+    pt.cmd[CMD_OPC] = opcode;
+    putLittleEndian(&pt.cmd[CMD_NSID], nsid);
+    putLittleEndian(&pt.cmd[CMD_CDW10], cdw10);
+    pt.buf = page;
+    pt.len = size;
+    pt.is_read = 1;
+    std::memset(page, 0, size);
+
+    if (platform::nvme_passthrough(fd, pt) < 0) {
+        warn("%s request failed", what);
+        return false;
+    }
+    if ((littleEndian<std::uint16_t>(&pt.cpl[CPL_STATUS]) & CPL_STATUS_ERROR_BITS) != 0) {
+        warnx("%s request returned error", what);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::vector<std::string> listControllers() {
+    std::vector<std::string> names;
+    const std::size_t prefix = std::strlen(NVME_PREFIX);
+    for (const std::string& name : tools.list_folder("/dev"))
+        if (name.rfind(NVME_PREFIX, 0) == 0 && name.size() > prefix &&
+            name.find_first_not_of("0123456789", prefix) == std::string::npos)
+            names.push_back(name);
+    return names;
 }
 
 int open_dev(const char* str, int& fd, int show_error, int exit_on_error) {
@@ -43,52 +82,36 @@ int open_dev(const char* str, int& fd, int show_error, int exit_on_error) {
     return 0;
 }
 
-static void readPage(int fd, std::uint8_t opcode, std::uint32_t nsid, std::uint32_t cdw10,
-                     std::uint8_t* page, std::uint32_t size, const char* what) {
-    platform::nvme_pt_command pt;
-    pt.cmd[CMD_OPC] = opcode;
-    putLittleEndian(&pt.cmd[CMD_NSID], nsid);
-    putLittleEndian(&pt.cmd[CMD_CDW10], cdw10);
-    pt.buf = page;
-    pt.len = size;
-    pt.is_read = 1;
-
-    if (platform::nvme_passthrough(fd, pt) < 0) {
-        warn("%s request failed", what);
-        endProcess(1);
-    }
-    if ((littleEndian<std::uint16_t>(&pt.cpl[CPL_STATUS]) & CPL_STATUS_ERROR_BITS) != 0) {
-        warnx("%s request returned error", what);
-        endProcess(1);
-    }
+nvme_controller::nvme_controller(const std::string& name) {
+    open_dev(name.c_str(), m_fd, 1, 0);
 }
 
-void read_controller_data(int fd, nvme_controller_data& cdata) {
-    cdata.fill(0);
-    readPage(fd, NVME_OPC_IDENTIFY, 0, IDENTIFY_CONTROLLER, cdata.data(), IDENTIFY_SIZE,
-             "identify");
+nvme_controller::~nvme_controller() {
+    if (isOpen())
+        platform::nvme_close(m_fd);
 }
 
-void read_namespace_data(int fd, std::uint32_t nsid, nvme_namespace_data& nsdata) {
-    nsdata.fill(0);
-    readPage(fd, NVME_OPC_IDENTIFY, nsid, IDENTIFY_NAMESPACE, nsdata.data(), IDENTIFY_SIZE,
-             "identify");
+bool read_controller_data(int fd, nvme_controller_data& cdata) {
+    return readPage(fd, NVME_OPC_IDENTIFY, 0, IDENTIFY_CONTROLLER, cdata.data(), IDENTIFY_SIZE,
+                    "identify");
 }
 
-std::unique_ptr<std::uint8_t[]> get_log_buffer(std::uint32_t size) {
-    std::unique_ptr<std::uint8_t[]> buffer(new (std::nothrow) std::uint8_t[size]());
-    if (buffer == nullptr) {
-        warnx("unable to malloc %u bytes", size);
-        endProcess(1);
-    }
-    return buffer;
+bool read_namespace_data(int fd, std::uint32_t nsid, nvme_namespace_data& nsdata) {
+    return readPage(fd, NVME_OPC_IDENTIFY, nsid, IDENTIFY_NAMESPACE, nsdata.data(), IDENTIFY_SIZE,
+                    "identify");
 }
 
-void read_logpage(int fd, std::uint8_t log_page, std::uint32_t nsid, std::uint8_t* payload,
+bool read_logpage(int fd, std::uint8_t log_page, std::uint32_t nsid, std::uint8_t* payload,
                   std::uint32_t payload_size) {
     const std::uint32_t dwords = payload_size / 4;
-    readPage(fd, NVME_OPC_GET_LOG_PAGE, nsid, (dwords - 1) << 16 | log_page, payload, payload_size,
-             "get log page");
+    return readPage(fd, NVME_OPC_GET_LOG_PAGE, nsid, (dwords - 1) << 16 | log_page, payload,
+                    payload_size, "get log page");
+}
+
+void deviceFailed(const char* label, const std::string& name) {
+    if (!belongsToService())
+        endProcess(1);
+    printErrLog(label, name + " does not answer");
 }
 
 std::uint32_t ns_get_sector_size(const nvme_namespace_data& nsdata) {

@@ -9,8 +9,13 @@
 constexpr std::uint32_t IDENTIFY_SIZE = 4096;
 constexpr std::size_t HEALTH_SIZE = 512;
 
-using nvme_controller_data = std::array<std::uint8_t, IDENTIFY_SIZE>;
-using nvme_namespace_data = std::array<std::uint8_t, IDENTIFY_SIZE>;
+// Pages that the driver fills; it wants them on a boundary of 8 bytes.
+template <std::size_t Size>
+struct alignas(8) nvme_page : std::array<std::uint8_t, Size> {};
+
+using nvme_controller_data = nvme_page<IDENTIFY_SIZE>;
+using nvme_namespace_data = nvme_page<IDENTIFY_SIZE>;
+using nvme_health_information_page = nvme_page<HEALTH_SIZE>;
 
 // Submission queue entry (NVMe 1.4, 4.2)
 constexpr std::size_t CMD_OPC = 0;    // 1 byte

@@ -2,11 +2,15 @@
 
 #include "bmc/request.h"
 #include "nvme/device.h"
-#include "platform/platform.h"
+#include "state/flags.h"
 #include "text.h"
 
 #include <algorithm>
 #include <cstdio>
+
+namespace {
+
+constexpr const char* LABEL = "NVME locate ->";
 
 // Requests of the backplane: OEM_NVME_POSITION, then the operation.
 constexpr BYTE POSITION_READ = 0x00;
@@ -19,21 +23,22 @@ constexpr int SLOTS = 24;
 constexpr std::size_t SERIAL_OFFSET = 6; // in the answer to POSITION_READ
 constexpr std::size_t SERIAL_SIZE = 20;
 
-static std::string deviceSerial(const char* deviceName) {
-    int fd = -1;
-    open_dev(deviceName, fd, 1, 1);
+// The device's serial number; false when the device fails.
+bool deviceSerial(const char* deviceName, std::string& serial) {
+    const nvme_controller device(deviceName);
     nvme_controller_data cdata;
-    read_controller_data(fd, cdata);
-    platform::nvme_close(fd);
-
-    char serial[30];
-    nvme_strvis(serial, &cdata[CTRL_SN], sizeof serial, CTRL_SN_SIZE);
-    return std::string(serial).substr(0, SERIAL_SIZE);
+    if (!device.isOpen() || !read_controller_data(device.fd(), cdata))
+        return false;
+    char text[30];
+    nvme_strvis(text, &cdata[CTRL_SN], sizeof text, CTRL_SN_SIZE);
+    serial = text;
+    serial.resize(std::min(serial.size(), SERIAL_SIZE));
+    return true;
 }
 
 // False when the BMC refuses or no drive is there. An answer that ends inside the serial number
 // gives the part of it that came.
-static bool positionSerial(int aoc, int group, int slot, std::string& serial) {
+bool positionSerial(int aoc, int group, int slot, std::string& serial) {
     const bmc_response answer =
         askBmc(NETFN_OEM, CMD_OEM_GENERAL,
                {OEM_NVME_POSITION, POSITION_READ, static_cast<BYTE>(aoc), static_cast<BYTE>(slot),
@@ -45,7 +50,7 @@ static bool positionSerial(int aoc, int group, int slot, std::string& serial) {
     return true;
 }
 
-static void replaceFourthO(std::string& serial) {
+void replaceFourthO(std::string& serial) {
     if (serial.size() > 3 && (serial[3] == 'O' || serial[3] == 'o'))
         serial[3] = '0';
 }
@@ -53,7 +58,7 @@ static void replaceFourthO(std::string& serial) {
 // Whether the drive at a position is the device. Serial numbers of the form S???N are written with
 // the letter O or with the digit 0 in the fourth place; once such a position has been seen, the
 // device's keeps the digit.
-static bool sameDrive(std::string& device, std::string& position) {
+bool sameDrive(std::string& device, std::string& position) {
     trim(position);
     trim(device);
     if (device == position)
@@ -65,8 +70,14 @@ static bool sameDrive(std::string& device, std::string& position) {
     return device == position;
 }
 
+} // namespace
+
 int locateManage(int index, const char* deviceName) {
-    std::string device = deviceSerial(deviceName);
+    std::string device;
+    if (!deviceSerial(deviceName, device)) {
+        deviceFailed(LABEL, deviceName);
+        return 1;
+    }
     for (int aoc = 0; aoc < AOCS; aoc++) {
         for (int group = 0; group < GROUPS; group++) {
             for (int slot = 0; slot < SLOTS; slot++) {
@@ -75,6 +86,8 @@ int locateManage(int index, const char* deviceName) {
                     locateLed(index, aoc, slot, group);
                     return 0;
                 }
+                if (stopRequested())
+                    return 0;
             }
         }
     }

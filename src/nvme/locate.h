@@ -4,8 +4,8 @@
 #include "system_info.h"
 
 // Finds the backplane position whose serial number is the device's and sends the locate request
-// with `index`. Returns 0 whether or not a position matched; a device that can't be opened or read
-// ends the process with status 1.
+// with `index`. Returns 0 whether or not a position matched; 1 when the device can't be opened or
+// read, which the error log tells (a one-shot run would end with status 1).
 int locateManage(int index, const char* deviceName);
 
 // The completion code of one locate request.

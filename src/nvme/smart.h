@@ -1,7 +1,6 @@
 // Health of every NVMe controller.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -32,17 +31,14 @@ struct nvme_smart_log_norvik {
     char sn[32];        // serial number
 };
 
-// Slot n is the n-th device listed. Used by the collecting thread only.
-extern std::array<nvme_smart_log_norvik, NVME_SLOTS> IBInformation;
-
-// Collects and uploads (parameters 205 and 206). Returns 0; a device that can't be opened or that
-// fails a command ends the process with status 1.
+// Collects and uploads (parameters 205 and 206). Returns 0. A device that can't be opened or that
+// fails a command costs its own record, or ends a one-shot run with status 1.
 int getNVMeSMARTInfo();
 
-// Renders a health page of `size` bytes into slot `num`. A page too short for the counters, or a
-// slot outside the table, changes nothing.
-void print_log_health(const std::uint8_t* buf, std::uint32_t size, int num);
+// Renders a health page of `size` bytes into the texts. A page too short for the counters changes
+// nothing.
+void print_log_health(const std::uint8_t* buf, std::uint32_t size, nvme_smart_log_norvik& log);
 
-// The upload text of a slot: "00:" device name to "18:" serial number, each ended by ";", cut to
+// The upload text of a device: "00:" device name to "18:" serial number, each ended by ";", cut to
 // NVME_RECORD_SIZE.
-std::string nvmeRecord(const nvme_smart_log_norvik& slot);
+std::string nvmeRecord(const nvme_smart_log_norvik& log);

@@ -11,8 +11,6 @@
 #include "state/flags.h"
 #include "state/schedule.h"
 
-#include <cstdio>
-
 namespace {
 
 constexpr long PERIOD = 5;
@@ -20,10 +18,9 @@ constexpr long PERIOD = 5;
 constexpr const char* DONE = "1;";
 constexpr const char* NOT_DONE = "0;";
 
-void locate(int index, int device) {
-    char name[13];
-    std::snprintf(name, sizeof name, "nvme%d", device);
-    locateManage(index, name);
+const char* locate(int index, int device) {
+    const std::string name = "nvme" + std::to_string(device);
+    return locateManage(index, name.c_str()) == 0 ? DONE : NOT_DONE;
 }
 
 // Returns the result text.
@@ -47,11 +44,9 @@ const char* perform(const command_request& request) {
         static_flag = 1;
         return DONE;
     case OPTION_LOCATE_OFF:
-        locate(0, request.value);
-        return DONE;
+        return locate(0, request.value);
     case OPTION_LOCATE_ON:
-        locate(1, request.value);
-        return DONE;
+        return locate(1, request.value);
     default:
         printErrIntLog("Command Request option fail->", request.option);
         printErrLog("Command Request", "not support command request");

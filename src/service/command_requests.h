@@ -1,9 +1,9 @@
 // The BMC's requests: fetched from parameter 207, answered in 207 and 208.
 //
 // A handled request with command index i and key k is acknowledged in 207 with "i2;", its result
-// posted in 208 as "ik;1;;" (done) or "ik;0;;" (not supported), and 207 released with "i"; the
-// first digit of i travels as the index byte. A malformed one, or one whose fetch failed half-way,
-// is logged and released.
+// posted in 208 as "ik;1;;" (done) or "ik;0;;" (not supported, or no such drive), and 207 released
+// with "i"; the first digit of i travels as the index byte. A malformed one, or one whose fetch
+// failed half-way, is logged and released.
 #pragma once
 
 #include "system_info.h"

@@ -81,8 +81,12 @@ int getCurPauseFlag() {
     return getSharedMemory(cur_pause_key);
 }
 
+bool belongsToService() {
+    return stop_shm != nullptr;
+}
+
 bool stopRequested() {
-    return farewellBegun() || (stop_shm != nullptr && getStopFlag() != 0);
+    return farewellBegun() || (belongsToService() && getStopFlag() != 0);
 }
 
 void removeHeldFlags() {

@@ -39,9 +39,12 @@ std::unique_ptr<shm> setSharedMemory(key_t which_key, int value);
 // Returns the flag, or 1 after perror("shmget") or perror("shmat").
 int getSharedMemory(key_t which_key);
 
-// Whether this process has been asked to end: it has written the stop flag, so that it is the
-// service or stops it, and the flag is set; or its farewell (system_info.h) has begun. Other
-// processes have no part in the flag.
+// Whether this process is the service, or one that stops it: it has written the stop flag. A
+// one-shot run has not.
+bool belongsToService();
+
+// Whether this process belongs to the service and has been asked to end: the stop flag is set, or
+// its farewell (system_info.h) has begun.
 bool stopRequested();
 
 // Detaches and removes the segment of each flag that this process has written, in the order

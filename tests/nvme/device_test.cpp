@@ -1,6 +1,11 @@
 #include "nvme/device.h"
 #include "nvme_pages.h"
 
+#include "fake_bmc.h"
+#include "nvme/smart.h"
+#include "sandbox.h"
+#include "state/flags.h"
+
 #include <cerrno>
 #include <gtest/gtest.h>
 
@@ -19,7 +24,10 @@ TEST(NvmeDevice, Open) {
     }
 }
 
-TEST(NvmeDevice, FailedCommandsEndTheProcess) {
+// What a failed command costs: a one-shot run, or in the service its own record.
+TEST(NvmeDevice, FailedCommands) {
+    if (!enterSandbox())
+        GTEST_SKIP() << SANDBOX_DENIED;
     const std::pair<std::string, const char*> cases[] = {
         {"controller.fail", "identify request failed: Input/output error"},
         {"namespace1.status", "identify request returned error"},
@@ -28,17 +36,22 @@ TEST(NvmeDevice, FailedCommandsEndTheProcess) {
     };
     for (const auto& [file, message] : cases) {
         const recorded_host host;
+        FakeBmc bmc;
         addDevice(host, "nvme0");
+        addDevice(host, "nvme1");
         host.file("nvme0/" + file, "5");
-        int fd = -1;
-        ASSERT_EQ(0, open_dev("nvme0", fd, 0, 0));
-        nvme_controller_data page;
-        const auto readAll = [&] {
-            read_controller_data(fd, page);
-            read_namespace_data(fd, 1, page);
-            read_logpage(fd, 2, 0xFFFFFFFF, page.data(), 512);
-        };
-        EXPECT_EXIT(readAll(), testing::ExitedWithCode(1), message) << file;
+        const dev_listing listing({"nvme0", "nvme1", "nvme2"});
+        EXPECT_EXIT(getNVMeSMARTInfo(), testing::ExitedWithCode(1), message) << file;
+        bmc.forget();
+        setStopFlag(0);
+        testing::internal::CaptureStderr();
+        getNVMeSMARTInfo();
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(message), std::string::npos) << file;
+        const auto uploads = bmc.uploads();
+        ASSERT_EQ(3U, uploads.size());
+        EXPECT_EQ(0U, uploads[2].value.find("00:nvme1;"));
+        EXPECT_EQ(datedLog("err").back(), "NVME Storage items ->  nvme2 does not answer");
+        stop_shm.reset();
     }
 }
 

@@ -2,8 +2,26 @@
 #pragma once
 
 #include "recorded_host.h"
+#include "tools/program.h"
 
 #include <cstdint>
+
+// While it lives, /dev holds these names.
+class dev_listing {
+  public:
+    explicit dev_listing(std::vector<std::string> listed) {
+        names = std::move(listed);
+        tools.list_folder = [](const char*) { return names; };
+    }
+    ~dev_listing() {
+        tools.list_folder = listFolder;
+    }
+    dev_listing(const dev_listing&) = delete;
+    dev_listing& operator=(const dev_listing&) = delete;
+
+  private:
+    inline static std::vector<std::string> names;
+};
 
 inline void put(std::string& page, std::size_t offset, std::uint64_t value, std::size_t bytes) {
     for (std::size_t i = 0; i < bytes; i++)

@@ -2,6 +2,7 @@
 
 #include "fake_bmc.h"
 #include "nvme_pages.h"
+#include "text.h"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +21,14 @@ TEST(NvmeSmart, Uploads) {
     FakeBmc bmc;
     const std::string model = "Quarry 7 DC-960 enterprise mixed-use 123";
     addDevice(host, "nvme0");
-    addDevice(host, "nvme0ns2", "VY10X0077", model, 4);
-    addDevice(host, "nvme b", "\x01\xFF;VY", "", 255);
-    // In place of this machine's own /dev.
-    host.tool("ls", "printf '/dev/%s\\n' nvme0 nvme0ns1 nvme0ns2 'nvme  b '");
+    addDevice(host, "nvme10", "VY10X0077", model, 4);
+    addDevice(host, "nvme2", "\x01\xFF;VY", "", 255);
+    const dev_listing listing({"ada0", "nvme", "nvme0", "nvme0ns1", "nvme0ns2", "nvme0p1", "nvme10",
+                               "nvme2", "nvme2x", "xnvme3"});
     const std::vector<std::string> records = {
         record("nvme0", "0", "Quarry 960", "VY10X0042"),
-        record("nvme0ns2", "4", model.substr(0, 31), "VY10X0077"),
-        record("nvme  b ", "255", "N/A", "??;VY"),
+        record("nvme10", "4", model.substr(0, 31), "VY10X0077"),
+        record("nvme2", "255", "N/A", "??;VY"),
     };
     testing::internal::CaptureStdout();
     EXPECT_EQ(0, getNVMeSMARTInfo());
@@ -40,7 +41,7 @@ TEST(NvmeSmart, Uploads) {
     EXPECT_EQ(printed, testing::internal::GetCapturedStdout());
     EXPECT_EQ(sent, bmc.uploads());
 
-    host.tool("ls", "yes /dev/nvme0 | head -n 60");
+    const dev_listing many(std::vector<std::string>(60, "nvme0"));
     bmc.forget();
     getNVMeSMARTInfo();
     EXPECT_EQ(2U + 48U, bmc.uploads().size());
@@ -59,10 +60,12 @@ TEST(NvmeSmart, RecordOfOddPages) {
         {std::string(512, '\xFF'), "00:;01:255;02:65261.85 ;03:255%;04:255%;05:255%;06:" + most},
     };
     for (const auto& [page, start] : cases) {
-        print_log_health(reinterpret_cast<const std::uint8_t*>(page.data()), 512, 0);
-        EXPECT_EQ(start, nvmeRecord(IBInformation[0]).substr(0, start.size()));
+        nvme_smart_log_norvik log{};
+        print_log_health(reinterpret_cast<const std::uint8_t*>(page.data()), 512, log);
+        copyText(log.mn, std::string(40, 'm'));
+        EXPECT_EQ(start, nvmeRecord(log).substr(0, start.size()));
+        EXPECT_EQ(&page == &cases[1].first, nvmeRecord(log).size() == NVME_RECORD_SIZE);
     }
-    EXPECT_EQ(NVME_RECORD_SIZE, nvmeRecord(IBInformation[0]).size());
 }
 
 } // namespace

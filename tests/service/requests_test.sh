@@ -5,7 +5,7 @@
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
 [ $# -ne 0 ] || scenarios 'pause period locate odd' "$source/hosts/nvme-three" \
-    --do 'watchdog none' --do 'nvme 1 0 3 S2K0NB0T400017'
+    --do 'watchdog none' --do 'nvme 0 2 5 VYT70A100044' --do 'nvme 1 0 3 S2K0NB0T400017'
 
 released=0
 # request NAME EXCHANGE COMMAND...: posts a command and compares what the slot saw until its
@@ -53,9 +53,13 @@ period)
     ;;
 locate)
     request 'locate on' "$done0" post 0 abc 8 2
-    check 'LED on' bmc wait 1 show leds on
+    check 'LED on' bmc wait 1 show leds '1    0      3     on   1'
+    check 'the other LED' bmc wait 1 show leds '0    2      5     -    0'
     request 'locate off' "$done0" post 0 abc 7 2
     check 'LED off' bmc wait 1 show leds off
+    request 'locate a drive that is not there' \
+        '208 0 , 207 0 2;, 208 0 abc;0;;, 207 0 , ' post 0 abc 8 9
+    check 'its line' error_line 'NVME locate ->  nvme9 does not answer'
     # only the first digit of an index fits the index byte
     request 'nothing' '208 0 , 207 1 22;, 208 1 2abc;1;;, 207 1 2, ' post 12 abc 4
     ;;
