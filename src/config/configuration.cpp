@@ -5,7 +5,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <libconfig.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 const char* const ini_file = "/opt/norvik/vyn.ini";
 
@@ -90,12 +94,39 @@ std::string configurationText(config_t& cfg) {
     return copy;
 }
 
-// The library's own writing of a file takes a full disk for success and leaves the file cut.
+// Where the file really stands: links are followed, one that leads nowhere too.
+std::filesystem::path configurationPath() {
+    std::filesystem::path path = ini_file;
+    std::error_code error;
+    for (int links = 0; links < 8 && std::filesystem::is_symlink(path, error); ++links)
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    return path;
+}
+
+// Gives the open file the mode and the owner of the one that it will replace.
+bool takeOver(int fd, const char* replaced) {
+    struct stat status {};
+    return stat(replaced, &status) != 0 || (fchown(fd, status.st_uid, status.st_gid) == 0 &&
+                                            fchmod(fd, status.st_mode & 07777) == 0);
+}
+
+bool writeSynced(const char* path, const char* replaced, const std::string& text) {
+    const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd == -1)
+        return false;
+    const bool written = takeOver(fd, replaced) &&
+                         write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+                         fsync(fd) == 0;
+    return close(fd) == 0 && written;
+}
+
+// Beside the old file, synced and renamed: a full disk or a crash leaves the old one whole. (The
+// library's own writing takes a full disk for success and leaves the file cut.)
 bool writeConfiguration(config_t& cfg) {
-    const std::string beside = std::string(ini_file) + ".new";
+    const std::string path = configurationPath(), beside = path + ".new";
     const std::string text = configurationText(cfg);
-    if (!text.empty() && writeFile(beside.c_str(), "w", text) &&
-        std::rename(beside.c_str(), ini_file) == 0)
+    if (!text.empty() && writeSynced(beside.c_str(), path.c_str(), text) &&
+        std::rename(beside.c_str(), path.c_str()) == 0)
         return true;
     std::remove(beside.c_str());
     std::fputs("Error while writing file.\n", stderr);
