@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-const char* const ini_file = "/opt/norvik/vyn.ini";
+const char* const ini_file = VYN_FOLDER "/vyn.ini";
 
 std::atomic<int> updateSec{0};
 int nicStatusSel = 1;
@@ -64,10 +64,10 @@ void addBool(config_setting_t* group, const char* name, int value) {
 void addDefaults(config_t& cfg) {
     config_setting_t* root = config_root_setting(&cfg);
     config_setting_t* group = config_setting_add(root, "Path", CONFIG_TYPE_GROUP);
-    addString(group, "installedPath", "/opt/norvik");
-    addString(group, "logPath", "/opt/norvik/vyn.log");
-    addString(group, "errlogPath", "/opt/norvik/vyn.err.log");
-    addString(group, "commandlogPath", "/opt/norvik/vyn.com.log");
+    addString(group, "installedPath", VYN_FOLDER);
+    addString(group, "logPath", log_file);
+    addString(group, "errlogPath", VYN_FOLDER "/vyn.err.log");
+    addString(group, "commandlogPath", VYN_FOLDER "/vyn.com.log");
 
     group = config_setting_add(root, "Config", CONFIG_TYPE_GROUP);
     config_setting_t* freq = config_setting_add(group, "updateFreq", CONFIG_TYPE_INT);
@@ -103,11 +103,13 @@ std::filesystem::path configurationPath() {
     return path;
 }
 
-// Gives the open file the mode and the owner of the one that it will replace.
+// Gives the open file the mode and, where this user may, the owner of the one that it will replace.
 bool takeOver(int fd, const char* replaced) {
     struct stat status {};
-    return stat(replaced, &status) != 0 || (fchown(fd, status.st_uid, status.st_gid) == 0 &&
-                                            fchmod(fd, status.st_mode & 07777) == 0);
+    if (stat(replaced, &status) != 0)
+        return true;
+    (void)!fchown(fd, status.st_uid, status.st_gid);
+    return fchmod(fd, status.st_mode & 07777) == 0;
 }
 
 bool writeSynced(const char* path, const char* replaced, const std::string& text) {
