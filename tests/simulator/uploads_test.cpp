@@ -26,10 +26,10 @@ TEST(BmcsimUploads, ChunksThatDoNotAddUp) {
 06/58 C0 10 21 00 20 00 01 3B -> C9 ? without a beginning
 = a gap
 06/58 C0 10 61 00 00 00 20 FULL -> 00
-06/58 C0 10 61 00 40 00 20 FULL -> C9 ? offset 64 instead of 32
+06/58 C0 10 61 00 40 00 20 FULL -> C9 ? offset 64 of 97, index 0, instead of 32 at 32
 = another total
 06/58 C0 10 21 00 00 00 20 FULL -> 00
-06/58 C0 10 22 00 20 00 02 58 3B -> C9 ? total length was 33, is 34
+06/58 C0 10 22 00 20 00 02 58 3B -> C9 ? of 34, index 0, instead of 1 at 32 of 33
 = begun anew
 06/58 C0 10 21 00 00 00 20 FULL -> 00
 06/58 C0 10 02 00 00 00 02 58 3B -> 00 ? a new value begins after 32 of 33
@@ -106,8 +106,8 @@ TEST(BmcsimUploads, FetchesOfACommand) {
 06/59 10 CF 00 00 00 00 00 20 -> 00 11 00 00 00 00 00 00 00
 = wrong ones
 06/59 10 CF 00 00 00 FF 00 20 -> C7 ? wrong shape
-06/59 00 CF 00 00 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? fixed bytes
-06/59 10 CF 00 04 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? index 4 instead of 0
+06/59 00 CF 00 00 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? instead of 10 CF 00 00 00 00 00 20
+06/59 10 CF 00 04 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? instead of 10 CF 00 00 00 00 00 20
 06/59 10 CF 00 00 00 40 00 20 -> C9 ? fetch at offset 64 of 0
 )");
 }
