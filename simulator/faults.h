@@ -39,7 +39,7 @@ constexpr const char* FAULT_KINDS[] = {"code CC",     "answer HEX...", "silent",
 struct Fault {
     Target target;
     FaultKind kind = FaultKind::CODE;
-    Bytes answer;
+    Bytes answer; // of CODE and ANSWER, else empty
     uint32_t argument = 0;
     std::optional<uint32_t> left; // requests still to hit; nothing: until cleared
 };
@@ -59,6 +59,7 @@ struct Wire {
     int64_t delayMs = 0;
     bool close = false; // after the bytes
 };
+// The answer to a request that met this fault, or none.
 Wire wireAnswer(const Faults& faults, const std::optional<Fault>& fault, Message answer);
 
 } // namespace bmcsim
