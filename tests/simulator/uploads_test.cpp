@@ -74,6 +74,8 @@ TEST(BmcsimUploads, ListsAndCommandsInOrder) {
         {"2iiii", "more items than the 2 announced", 2},
         {"2dii2ii", "", 2}, // a refused item was sent all the same
         {"2iBi2i2ii", "1 of 2 items came before the next count", 2},
+        {"3iB2ii", "", 2},   // what the BMC has forgotten is owed no more
+        {"3ic0e2ii", "", 2}, // nor is what a clear came upon
         {"3ic0iie3ii3", "2 of 3 items came before the next count", 0},
         {"pofanrof", "", 1},
         {"pofaxyr", "", 1}, // the command was to clear everything
@@ -82,7 +84,7 @@ TEST(BmcsimUploads, ListsAndCommandsInOrder) {
         {"pofaYr", "result \"xey;1;;\"", 1},
         {"pofayR", "answer to index 5", 0},
         {"pofayrr", "an answer to no command", 1},
-        {"pofayNof", "", 0},     // the client died, its successor finds nothing
+        {"pofayNofa", "an answer to no command", 0}, // its client died: the command is gone
         {"pofaydrofayr", "", 1}, // a failed release: the command is still on offer
     };
     for (const auto& row : cases) {
