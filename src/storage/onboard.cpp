@@ -1,0 +1,3 @@
+#include "storage/onboard.h"
+
+void collectOnboard(storage_items& /*items*/, const char* /*label*/) {}
