@@ -11,6 +11,27 @@
 
 namespace {
 
+// Whether time and memory for an expression are bounded: a back-reference takes exponential time,
+// and a repetition copies what it repeats, copies of inner ones included.
+bool isBounded(const std::string& pattern) {
+    constexpr std::uint64_t MOST_COPIES = 1000;
+    std::uint64_t copies = 1;
+    for (std::size_t at = 0; at < pattern.size() && copies <= MOST_COPIES; ++at) {
+        if (pattern[at] == '\\') {
+            if (wholeNumber(pattern.substr(++at, 1)).has_value())
+                return false;
+        } else if (pattern[at] == '+') {
+            copies *= 2;
+        } else if (pattern[at] == '{') {
+            const std::string counts = pattern.substr(at + 1, pattern.find('}', at) - at - 1);
+            for (const std::string& most : splitFields(counts, ",", 2))
+                copies *=
+                    std::clamp<std::uint64_t>(wholeNumber(most).value_or(1), 1, MOST_COPIES + 1);
+        }
+    }
+    return copies <= MOST_COPIES;
+}
+
 // An extended regular expression, compiled.
 class card_pattern {
   public:
@@ -30,23 +51,6 @@ class card_pattern {
     }
 
   private:
-    // Back-references take exponential time, nested repetitions the memory of their product.
-    static bool isBounded(const std::string& text) {
-        constexpr std::uint64_t MOST_COPIES = 1000;
-        std::uint64_t copies = 1;
-        for (std::size_t at = 0; at < text.size() && copies <= MOST_COPIES; ++at) {
-            if (text[at] == '\\' && wholeNumber(text.substr(++at, 1)).has_value())
-                return false;
-            if (text[at] != '{')
-                continue;
-            const std::string counts = text.substr(at + 1, text.find('}', at) - at - 1);
-            for (const std::string& count : splitFields(counts, ",", 2))
-                copies *=
-                    std::clamp<std::uint64_t>(wholeNumber(count).value_or(1), 1, MOST_COPIES + 1);
-        }
-        return copies <= MOST_COPIES;
-    }
-
     regex_t m_expression{};
     bool m_compiled;
 };

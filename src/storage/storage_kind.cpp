@@ -9,7 +9,9 @@
 
 int getHddType() {
     constexpr const char* LABEL = "hdd type ->";
-    const int type = holdsText(ask({graidList(), LABEL}).text, "geom name") ? 1 : 0;
+    static int type = 0; // while graid does not tell, that of the time before
+    if (const reply& answer = ask({graidList(), LABEL}); answer.known)
+        type = holdsText(answer.text, "geom name") ? 1 : 0;
     std::printf("hdd type : %d\n", type);
     printIntLog(LABEL, type);
     return type;

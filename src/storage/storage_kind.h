@@ -2,4 +2,5 @@
 #pragma once
 
 // 1 when the host has a software RAID volume (graid), else 0. Printed and logged, not uploaded.
+// Collecting thread only.
 int getHddType();
