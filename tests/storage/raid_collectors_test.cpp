@@ -2,10 +2,12 @@
 // else.
 #include "fake_programs.h"
 #include "sandbox.h"
+#include "state/flags.h"
 #include "storage/megaraid.h"
 #include "storage/raid_card.h"
 #include "storage/rste.h"
 #include "storage/sas3008.h"
+#include "storage/storage_kind.h"
 
 #include <gtest/gtest.h>
 
@@ -33,6 +35,7 @@ class RaidCollectors : public testing::Test {
     void SetUp() override {
         if (!enterSandbox())
             GTEST_SKIP() << SANDBOX_DENIED;
+        setStopFlag(0);
         programs.files["/opt/norvik/vyn.ini"] = "raidCards = \"x9\";\n";
         programs.print("sas3ircu list", LIST);
         programs.print("sas3ircu 0 display", display("No"));
@@ -109,7 +112,7 @@ TEST_F(RaidCollectors, ADisplayThatNeverCameMayHoldAnyDrive) {
 TEST_F(RaidCollectors, StatesOfAFailedListingAreNoNews) {
     told(collectSas3008);
     programs.print("sas3ircu 1 display", display("Yes"), 1);
-    EXPECT_NE(told(collectSas3008).find("BRCM_IR_PD"), std::string::npos);
+    ASSERT_NE(told(collectSas3008).find("BRCM_IR_PD"), std::string::npos);
     EXPECT_TRUE(items->stateKnown(1));  // drive of controller 0
     EXPECT_FALSE(items->stateKnown(3)); // of controller 1
 }
@@ -214,6 +217,26 @@ TEST_F(RaidCollectors, RsteMembersKeepTheirPlace) {
     programs.print("graid list", "");
     EXPECT_EQ(told(collectRste), "");
     EXPECT_FALSE(items->allListed(drive_kind::onboard));
+}
+
+TEST_F(RaidCollectors, TheKindOfStorageStaysWhileGraidDoesNotTell) {
+    const struct {
+        program_answer answer;
+        int kind;
+    } rows[] = {
+        {{program_end::missing, 0, ""}, 0},   {{program_end::exited, 0, "x GEOM Name: y\n"}, 1},
+        {{program_end::timed_out, 0, ""}, 1}, {{program_end::exited, 1, ""}, 1},
+        {{program_end::exited, 0, ""}, 0},
+    };
+    std::string log;
+    for (const auto& row : rows) {
+        for (int cycle = 0; cycle < HUNG_CYCLES; ++cycle)
+            beginAskingCycle();
+        programs.answers["graid list"] = row.answer;
+        EXPECT_EQ(getHddType(), row.kind);
+        log += "hdd type ->  " + std::to_string(row.kind) + "\n";
+    }
+    EXPECT_EQ(fileText("/opt/norvik/vyn.log"), log);
 }
 
 } // namespace

@@ -62,9 +62,9 @@ TEST_P(RecordedHost, IsToldAsEver) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Storage, RecordedHost,
-                         testing::Values("storage-onboard", "storage-megaraid",
-                                         "storage-sas3008-ir", "storage-raidcard",
-                                         "storage-rste-one", "storage-rste-two"),
+                         testing::Values("storage-megaraid", "storage-sas3008-ir",
+                                         "storage-rste-one", "storage-rste-two", "storage-raidcard",
+                                         "storage-onboard"),
                          [](const auto& host) {
                              std::string name = host.param;
                              std::replace(name.begin(), name.end(), '-', '_');
