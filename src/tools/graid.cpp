@@ -80,6 +80,7 @@ std::vector<graid_volume> parseGraidList(std::string_view text) {
             geoms.back().take(line);
     }
     std::vector<graid_volume> volumes;
+    volumes.reserve(geoms.size());
     for (geom_reader& geom : geoms)
         volumes.push_back(geom.volume());
     return volumes;

@@ -43,6 +43,14 @@ constexpr struct {
     {"enclosure information", section::end},
 };
 
+// The section that a line begins.
+std::optional<section> sectionAt(std::string_view line) {
+    for (const auto& [title, begins] : SECTIONS)
+        if (sameText(trimmed(line), title))
+            return begins;
+    return std::nullopt;
+}
+
 constexpr struct {
     std::string_view label;
     std::string sas_display::*value;

@@ -138,16 +138,25 @@ storcli_drive driveOf(const table_reader& table) {
 using named_values = std::map<std::string_view, std::string>;
 
 // Takes a line "name = value" of one of these names, the blanks of the value made underscores.
-bool takeNamed(named_values& said, std::string_view line,
+void takeNamed(named_values& said, std::string_view line,
                std::initializer_list<std::string_view> names) {
     const std::string_view name = before(line, " =");
     const auto* const found = std::find(names.begin(), names.end(), name);
     if (found == names.end())
-        return false;
+        return;
     std::string value = bare(behind(line, "="));
     std::replace(value.begin(), value.end(), ' ', '_');
     said.emplace(*found, std::move(value));
-    return true;
+}
+
+// Takes a row of a card's lists of volumes and drives; of one place or number the first counts.
+void takeCardRow(storcli_card& card, const table_reader& table, std::set<std::string>& places) {
+    const std::string volume = table.cell(VOLUME), place = table.cell(PLACE);
+    if (table.title() == "VD LIST" && besideDigits(volume, '/') && places.insert(volume).second)
+        card.volumes.push_back({bare(behind(volume, "/")), bare(table.cell(TYPE)),
+                                bare(table.cell(STATE)), bare(table.cell(SIZE))});
+    if (table.title() == "PD LIST" && besideDigits(place, ':') && places.insert(place).second)
+        card.drives.push_back(driveOf(table));
 }
 
 // The volume that a title is of: "/c0/v1", "PDs for VD 1", "VD1 Properties"; empty for others.
@@ -227,25 +236,17 @@ storcli_card parseStorcliCard(std::string_view text) {
     storcli_card card;
     named_values said;
     std::set<std::string> places;
-    bool reported = false, failed = false;
     for (table_reader table(text); table.next();) {
-        const std::string_view name = before(table.line(), " =");
-        reported = reported || name == "Controller";
-        failed = failed || (name == "Status" && behind(table.line(), "=") == "Failure");
-        if (takeNamed(said, table.line(),
-                      {"Device Interface", "BIOS Version", "FW Version", "Product Name"}))
-            card.named = true;
-        if (!table.isRow())
-            continue;
-        if (const std::string volume = table.cell(VOLUME);
-            table.title() == "VD LIST" && besideDigits(volume, '/') && places.insert(volume).second)
-            card.volumes.push_back({bare(behind(volume, "/")), bare(table.cell(TYPE)),
-                                    bare(table.cell(STATE)), bare(table.cell(SIZE))});
-        if (const std::string place = table.cell(PLACE);
-            table.title() == "PD LIST" && besideDigits(place, ':') && places.insert(place).second)
-            card.drives.push_back(driveOf(table));
+        takeNamed(said, table.line(),
+                  {"Controller", "Status", "Device Interface", "BIOS Version", "FW Version",
+                   "Product Name"});
+        if (table.isRow())
+            takeCardRow(card, table, places);
     }
-    card.whole = reported && !failed;
+    card.whole = said.count("Controller") != 0 && said["Status"] != "Failure";
+    said.erase("Controller");
+    said.erase("Status");
+    card.named = !said.empty();
     card.interface = said["Device Interface"];
     card.bios = said["BIOS Version"];
     card.firmware = said["FW Version"];
