@@ -11,12 +11,12 @@ struct told_before {
     bool recognised = false;
     bool health = false;
 };
+std::map<std::string, told_before> remembered; // by subject
 
 } // namespace
 
 smart_reply askSmart(const command_line& words, const std::string& subject, const char* label,
                      bool drop_warning) {
-    static std::map<command_line, told_before> remembered;
     question asked{words, label, subject};
     asked.status_counts = false;
     const reply& answer = ask(asked);
@@ -25,7 +25,7 @@ smart_reply askSmart(const command_line& words, const std::string& subject, cons
         result.facts = parseSmartctl(answer.text, drop_warning);
 
     const smart_facts& facts = result.facts;
-    told_before& before = remembered[words];
+    told_before& before = remembered[subject];
     result.known = answer.known && (facts.recognised || !before.recognised);
     if (!result.known) {
         result.facts = {};
@@ -36,6 +36,10 @@ smart_reply askSmart(const command_line& words, const std::string& subject, cons
     before.recognised = facts.recognised;
     before.health = before.health || !facts.health.empty();
     return result;
+}
+
+void forgetSmart(const std::string& subject) {
+    remembered.erase(subject);
 }
 
 std::string smartHealth(const smart_facts& facts, bool ok_may_go_on) {

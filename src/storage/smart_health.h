@@ -9,13 +9,18 @@
 struct smart_reply {
     smart_facts facts;
     // False when nothing follows: the program did not answer, or with what is no answer of its own
-    // where it had given one before. The health in a record then is "N/A" and no news.
+    // where it had given one before, or without a word on the health where it had told it before.
+    // The health in a record then is "N/A" and no news.
     bool known = false;
 };
 
-// Asks smartctl once; `subject` is the drive that is left alone for a while when the program hangs.
+// Asks smartctl once; `subject` is the drive, which is left alone for a while when the program
+// hangs.
 smart_reply askSmart(const command_line& words, const std::string& subject, const char* label,
                      bool drop_warning = false);
+
+// The drive is gone: another one may answer under its name.
+void forgetSmart(const std::string& subject);
 
 // "OK", "PredictiveFailureAnalysis", "N/A" or "Fail". A health text that goes on after "PASSED", or
 // with `ok_may_go_on` after "OK", is a predicted failure.

@@ -222,11 +222,8 @@ sas_display parseSas3ircuDisplay(std::string_view text) {
     section current = section::preamble;
     bool drives_told = false;
     for (std::string_view line, rest = text; nextLine(rest, line);) {
-        const auto begun =
-            std::find_if(std::begin(SECTIONS), std::end(SECTIONS),
-                         [&](const auto& one) { return sameText(trimmed(line), one.title); });
-        if (begun != std::end(SECTIONS)) {
-            current = begun->begins;
+        if (const auto begun = sectionAt(line); begun.has_value()) {
+            current = *begun;
             drives_told = drives_told || current == section::drives;
         } else if (current == section::controller) {
             takeControllerLine(display, line);
