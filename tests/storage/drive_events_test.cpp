@@ -55,7 +55,7 @@ class DriveEvents : public testing::Test {
         return all;
     }
     FakeBmc bmc;
-    const storage_items listed;
+    const storage_items listed{};
 };
 
 // One state after the other, each with the alerts and event types that it brings. "gone": no
