@@ -115,6 +115,11 @@ TEST_F(RaidCollectors, StatesOfAFailedListingAreNoNews) {
     ASSERT_NE(told(collectSas3008).find("BRCM_IR_PD"), std::string::npos);
     EXPECT_TRUE(items->stateKnown(1));  // drive of controller 0
     EXPECT_FALSE(items->stateKnown(3)); // of controller 1
+    told(collectRaidCards);
+    EXPECT_TRUE(items->stateKnown(2));
+    programs.print("storcli /c0 show", CARD, 1);
+    told(collectRaidCards);
+    EXPECT_FALSE(items->stateKnown(2));
 }
 
 TEST_F(RaidCollectors, MembersThatDontFitAreLeftOutWhole) {
