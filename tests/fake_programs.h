@@ -49,23 +49,29 @@ class fake_programs {
         std::sort(folders["/dev"].begin(), folders["/dev"].end());
     }
 
+    // What the recorded host answers.
+    program_answer recorded(const std::string& words) const {
+        std::string name;
+        for (const char c : words)
+            name += c == ' ' ? "_" : c == '/' ? "%2F" : std::string(1, c);
+        const std::string file = m_host / "out" / name;
+        const bool there = std::filesystem::exists(file);
+        return {program_end::exited, there ? std::atoi(text(file + ".rc").c_str()) : 1, text(file)};
+    }
+
   private:
     static program_answer run(const command_line& words, const program_limits&) {
-        std::string line, name;
+        std::string line;
         for (const std::string& word : words)
             line += (line.empty() ? "" : " ") + word;
         current->asked.push_back(line);
         if (const auto found = current->answers.find(line); found != current->answers.end())
             return found->second;
-        for (const char c : line)
-            name += c == ' ' ? "_" : c == '/' ? "%2F" : std::string(1, c);
-        const std::string file = current->m_host / "out" / name;
-        if (std::filesystem::exists(file))
-            return {program_end::exited, std::atoi(text(file + ".rc").c_str()), text(file)};
+        if (!current->m_host.empty())
+            return current->recorded(line);
         const auto same = current->answers.lower_bound(words.front() + " ");
-        const bool there = !current->m_host.empty() ||
-                           (same != current->answers.end() &&
-                            same->first.compare(0, words.front().size(), words.front()) == 0);
+        const bool there = same != current->answers.end() &&
+                           same->first.compare(0, words.front().size(), words.front()) == 0;
         return {there ? program_end::exited : program_end::missing, 1, ""};
     }
     static std::optional<std::string> readFile(const char* path) {

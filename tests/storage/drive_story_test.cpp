@@ -49,10 +49,7 @@ raid 8 gone         UBUnsp:-A0+A1 Onln:-A1         Onln               Onln      
 )";
 
 struct life {
-    std::string kind;
-    int slot = 0;
-    std::string states[ACTS];
-    std::string events[ACTS];
+    std::string kind, slot, states[ACTS], events[ACTS];
 };
 
 std::vector<life> lives() {
@@ -62,73 +59,38 @@ std::vector<life> lives() {
         for (std::size_t act = 0; act < ACTS; ++act) {
             std::string told;
             story >> told;
-            const std::size_t colon = told.find(':');
-            one.states[act] = told.substr(0, colon);
-            one.events[act] = colon == told.npos ? "" : told.substr(colon + 1);
+            one.states[act] = told.substr(0, told.find(':'));
+            one.events[act] = told.substr(std::min(one.states[act].size() + 1, told.size()));
             std::replace(one.states[act].begin(), one.states[act].end(), '_', ' ');
         }
     return all;
 }
 
-std::string hex(const char* format, int slot) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, static_cast<unsigned>(slot));
+std::string hex(int byte) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%02X ", static_cast<unsigned>(byte));
     return text;
 }
 
-// The events of an act. A pass tells its drives, then what it misses: onboard, then IT, then IR and
-// RAID-card drives, each list in the order of first appearance. A missing IR or RAID drive has the
-// sensor and the drive bytes of an IT drive.
+// The events of an act: sensor, alert, type and drive bytes, sorted. A missing IR or RAID drive has
+// the sensor and the drive bytes of an IT drive.
 Lines events(const std::vector<life>& drives, std::size_t act) {
-    Lines present, missing[6];
-    for (const life& drive : drives) {
-        const bool onboard = drive.kind == "hd", it = drive.kind == "it", ir = drive.kind == "ir";
+    const std::map<std::string, const char*> places = {
+        {"hd", "FF "}, {"it", "02 "}, {"ir", "42 "}, {"raid", "3C "}};
+    Lines all;
+    for (const life& drive : drives)
         for (std::string rest = drive.events[act]; !rest.empty(); rest.erase(0, 3)) {
-            const std::string type = (rest[0] == '+' ? "70 " : "F0 ") + rest.substr(1, 2);
-            const char* const place = onboard ? " %02X FF"
-                                      : it    ? " %02X 02"
-                                      : ir    ? " %02X 42"
-                                              : " %02X 3C";
-            if (type == "70 A0")
-                missing[(onboard ? 0
-                         : it    ? 2
-                                 : 4) +
-                        (drive.states[0] == "gone")]
-                    .push_back((onboard ? "FF " : "5F ") + type + hex(place, drive.slot));
-            else
-                present.push_back((it ? "5F " : "FF ") + type +
-                                  hex(it ? " %02X 02" : " %02X FF", drive.slot + (ir ? 16 : 0)));
+            const std::string type = (rest[0] == '+' ? "70 " : "F0 ") + rest.substr(1, 2) + " ";
+            const bool missing = type == "70 A0 " && drive.kind != "hd";
+            const int slot = std::stoi(drive.slot) + (drive.kind == "ir" && !missing ? 16 : 0);
+            all.push_back((missing || drive.kind == "it" ? "5F " : "FF ") + type + hex(slot) +
+                          (missing || drive.kind == "it" ? places.at(drive.kind) : "FF "));
         }
-    }
-    for (const Lines& late : missing)
-        present.insert(present.end(), late.begin(), late.end());
-    return present;
+    std::sort(all.begin(), all.end());
+    return all;
 }
 
-// What sas3ircu tells of the controller with the drives of a kind.
-std::string display(const std::vector<life>& drives, std::size_t act, const std::string& kind) {
-    std::string text = "Controller information\n  Controller type : SAS3008\n  RAID Support : " +
-                       std::string(kind == "ir" ? "Yes" : "No") +
-                       "\nIR Volume information\nPhysical device information\n";
-    for (const life& drive : drives)
-        if (drive.kind == kind && drive.states[act] != "gone")
-            text += "Device is a Hard disk\n  Enclosure # : 2\n  Slot # : " +
-                    std::to_string(drive.slot) + "\n  State : " + drive.states[act] +
-                    " (XYZ)\n  Drive Type : SATA_HDD\n";
-    return text + "Enclosure information\n";
-}
-
-// What storcli tells of the RAID card.
-std::string card(const std::vector<life>& drives, std::size_t act) {
-    const std::string rule(40, '-');
-    std::string text = "Controller = 0\nProduct Name = X9\nPD LIST :\n" + rule +
-                       "\nEID:Slt DID State   DG Size\n" + rule + "\n";
-    for (const life& drive : drives)
-        if (drive.kind == "raid" && drive.states[act] != "gone")
-            text += "252:" + std::to_string(drive.slot) + "     1 " + drive.states[act] + "\n";
-    return text + rule + "\nUBad-Unconfigured Bad|Onln-Online|GHS-Global Hotspare\n";
-}
-
+// The health in the words of smartctl.
 std::string health(const std::string& state) {
     if (state == "silent")
         return "";
@@ -139,25 +101,38 @@ std::string health(const std::string& state) {
 
 class DriveStory : public BmcTest {
   protected:
+    // The programs tell of the drives that are there in an act.
     void begin(std::size_t act) {
-        programs.print("sas3ircu list", "   0  SAS3008 1 2\n   1  SAS3008 1 2\n");
-        programs.print("sas3ircu 0 display", display(drives, act, "it"));
-        programs.print("sas3ircu 1 display", display(drives, act, "ir"));
-        programs.print("storcli show", "Number of Controllers = 1\n  0 RAIDX9  8 28\n");
-        programs.print("storcli /c0 show", card(drives, act));
-        std::string disks;
+        std::map<std::string, std::string> rows; // by kind
         for (const life& drive : drives) {
-            if (drive.kind != "hd" || drive.states[act] == "gone")
+            const std::string &state = drive.states[act], &slot = drive.slot, disk = "ada" + slot;
+            if (state == "gone")
                 continue;
-            const std::string slot = std::to_string(drive.slot), disk = "ada" + slot;
-            disks += "Geom name: " + disk + "\n";
-            programs.print("camcontrol identify " + disk, "device model  M\n");
-            programs.print("smartctl -i -H -A /dev/" + disk, "smartctl 7.4\nSerial Number: HD" +
-                                                                 slot + "\n" +
-                                                                 health(drive.states[act]));
-            programs.files[hdd_file] += "HD" + slot + "," + slot + "\n";
+            if (drive.kind == "raid") {
+                rows["raid"] += "252:" + slot + "   " + state + "\n";
+            } else if (drive.kind == "hd") {
+                rows["hd"] += "Geom name: " + disk + "\n";
+                programs.print("camcontrol identify " + disk, "device model  M\n");
+                programs.print("smartctl -i -H -A /dev/" + disk,
+                               "smartctl 7.4\nSerial Number: HD" + slot + "\n" + health(state));
+                programs.files[hdd_file] += "HD" + slot + "," + slot + "\n";
+            } else {
+                rows[drive.kind] += "Device is a Hard disk\n  Enclosure # : 2\n  Slot # : " + slot +
+                                    "\n  State : " + state + " (XYZ)\n";
+            }
         }
-        programs.print("geom disk list", disks);
+        const auto display = [](const char* raid_support, const std::string& devices) {
+            return "Controller information\n  RAID Support : " + std::string(raid_support) +
+                   "\nPhysical device information\n" + devices + "Enclosure information\n";
+        };
+        programs.print("sas3ircu list", "   0  SAS3008 1 2\n   1  SAS3008 1 2\n");
+        programs.print("sas3ircu 0 display", display("No", rows["it"]));
+        programs.print("sas3ircu 1 display", display("Yes", rows["ir"]));
+        programs.print("storcli show", "Number of Controllers = 1\n  0 RAIDX9  8 28\n");
+        programs.print("storcli /c0 show",
+                       "Controller = 0\nPD LIST :\n-----\nEID:Slt State\n-----\n" + rows["raid"] +
+                           "-----\nUBad-Unconfigured Bad\n");
+        programs.print("geom disk list", rows["hd"]);
         programs.files[ini_file] = "raidCards = \"raidx9\"\n";
     }
 
@@ -170,11 +145,11 @@ class DriveStory : public BmcTest {
         static_first_init = 0;
         Lines told;
         for (const Bytes& record : bmc->sent(0x04, 0x02)) {
-            std::string bytes;
+            told.emplace_back();
             for (std::size_t at = 3; at < record.size(); ++at)
-                bytes += hex(at == 3 ? "%02X" : " %02X", record[at]);
-            told.push_back(bytes);
+                told.back() += hex(record[at]);
         }
+        std::sort(told.begin(), told.end());
         return told;
     }
 
