@@ -15,7 +15,7 @@ struct smart_facts {
     std::string temperature; // raw value of the attribute "194 Temperature_Celsius"
     bool unknown_usb_bridge = false;
     // What is said of the health: the values of the line with the result and of the two that follow
-    // it, joined by blanks; they end where the attribute section begins.
+    // it, joined by blanks; an empty line ends them, and where the attribute section begins.
     std::string health;
 };
 
