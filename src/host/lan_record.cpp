@@ -13,10 +13,23 @@ constexpr std::size_t FILLED_LENGTH = 3; // of an empty field, once it is "N/A"
 constexpr lan_field LISTS[] = {LAN_IPV4, LAN_IPV6, LAN_NETMASKS, LAN_DNS};
 constexpr lan_field TEXTS[] = {LAN_NAME, LAN_GATEWAY, LAN_HOST, LAN_DESCRIPTION};
 
+// Of a field as it is told: a lone ":" at its edge has an empty field beside it too.
+std::size_t filledLength(const std::string& field) {
+    if (field.empty())
+        return FILLED_LENGTH;
+    const std::size_t last = field.size() - 1;
+    std::size_t length = field.size();
+    if (field[0] == ':' && (last == 0 || field[1] != ':'))
+        length += FILLED_LENGTH;
+    if (field[last] == ':' && (last == 0 || field[last - 1] != ':'))
+        length += FILLED_LENGTH;
+    return length;
+}
+
 std::size_t filledLength(const lan_fields& fields) {
-    std::size_t length = 0;
+    std::size_t length = fields.size(); // the separators
     for (const std::string& field : fields)
-        length += (field.empty() ? FILLED_LENGTH : field.size()) + 1;
+        length += filledLength(field);
     return length;
 }
 

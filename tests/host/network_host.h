@@ -19,6 +19,8 @@ class NetworkHost : public testing::Test {
             return answers[asked.back()]; // of a missing program, unless something is said
         };
         tools.read_file = [](const char*) { return std::optional<std::string>(resolv_conf); };
+        answers.clear();
+        asked.clear();
         host.file("addresses.txt", "");
         host.file("hostname.txt", "host1");
     }
