@@ -91,7 +91,7 @@ constexpr FieldShape FIELD_SHAPES[] = {
     {"Volumes", "health", "OK|PredictiveFailureAnalysis|Fail|N/A|Miss"},
     {"IR drives", "health", "OK|PredictiveFailureAnalysis|Fail|N/A|Missing|Standby"},
     {"IT drives", "health", "OK|PredictiveFailureAnalysis|Fail|N/A|Missing|Standby"},
-    {"Disks", "type", "USB|SSD|HDD"},
+    {"Disks", "type", "USB|SSD|HDD|N/A"},
     {"", "health", "OK|PredictiveFailureAnalysis|Fail|N/A"},
     {"", "device", "/dev/.*|nvme[0-9]+"},
     {"", "location", "C[0-9]+E.*S[0-9]+"},

@@ -74,7 +74,7 @@ build_guest() {
     for tool in camcontrol df fdisk geom gpart newfs smartctl swapinfo; do
         cp hosts/replay "$guest_root/host/disks/$tool" || return 1
     done
-    verdict=$guest_root/host/out/smartctl_-H_%2Fdev%2Fada1
+    verdict=$guest_root/host/out/smartctl_-i_-H_-A_%2Fdev%2Fada1
     sed 's/PASSED/FAILED!/' "$verdict" >"$verdict.bad" && mv "$verdict.bad" "$verdict" || return 1
     (cd "$guest_root" && find . | cpio -o -H newc --quiet) >"$work/initrd"
 }

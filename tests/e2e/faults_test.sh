@@ -141,7 +141,7 @@ host)
     over 'clock jumps by a year and back'
 
     flood='head -c 100000000 /dev/zero | tr "\\0" x'
-    for tool in hostname geom_disk_list; do
+    for tool in ifconfig_-a geom_disk_list; do
         mv "$work/host/out/$tool" "$work/$tool"
         echo "$flood" >"$work/host/out/$tool.sh"
     done
@@ -149,7 +149,7 @@ host)
     peak=$(awk '/^VmHWM/ { print $2 }' "/proc/$pid/status")
     [ "$peak" -lt 65536 ] || grep -q __sanitizer "$work/agent" ||
         fail "peak memory: $peak KiB"
-    calm() { rm "$work/host/out/"*.sh && mv "$work/hostname" "$work/geom_disk_list" "$work/host/out"; }
+    calm() { rm "$work/host/out/"*.sh && mv "$work/ifconfig_-a" "$work/geom_disk_list" "$work/host/out"; }
     over 'tools print 100 MB' calm
     ;;
 hang)
@@ -165,8 +165,7 @@ hang)
     check 'no process left' eval '! hung'
     ;;
 esac
-# A link is the one state that reads as another when its tool can't be run.
+# Not to know is no news: nothing changed on this host, so nothing is told.
 cut -c 28- "$work/events" | sort -u | tr '\n' ';' >"$work/reply"
-case $story in host) wanted='network interface 1  link down;network interface 1  link up;' ;; *) wanted= ;; esac
-check 'the events' test "$(cat "$work/reply")" = "$wanted"
+check 'no events' test ! -s "$work/reply"
 exit "$failed"
