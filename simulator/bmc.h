@@ -1,13 +1,10 @@
 // The simulated BMC as a whole: its state, and the road of one request through it. No input or
-// output happens here: a request goes in, the bytes to send (and when) come out.
+// output happens here: a request goes in, the answer or the bytes to send (and when) come out.
 #pragma once
 
-#include "app.h"
 #include "command_slot.h"
 #include "faults.h"
-#include "oem_files.h"
-#include "oem_host.h"
-#include "parameters.h"
+#include "oem.h"
 #include "sel.h"
 
 namespace bmcsim {
@@ -22,16 +19,10 @@ struct Traffic {
     size_t needed = 0;   // requests those values need: max(1, ceil(n / 32)) each
 };
 
-struct TrafficKey {
-    int netFn = 0, cmd = 0, selector = -1;
-    bool operator<(const TrafficKey& other) const {
-        return std::tie(netFn, cmd, selector) < std::tie(other.netFn, other.cmd, other.selector);
-    }
-};
+using TrafficKey = std::tuple<int, int, int>; // NetFn, command, selector or -1
 
 struct Bmc {
     Ledger ledger;
-    Identity identity;
     Sel sel;
     Parameters parameters;
     CommandSlot slot;
@@ -39,8 +30,8 @@ struct Bmc {
     Watchdog watchdog;
     HostPanel panel;
     Faults faults;
+    uint8_t globalEnables = 0x0C;
     std::map<TrafficKey, Traffic> traffic;
-    size_t badFrames = 0;
     uint64_t generation = 1; // rises with every restart
     int64_t startMs = 0;
     int64_t lastRequestMs = 0;
@@ -49,9 +40,13 @@ struct Bmc {
 };
 
 Session newSession(Bmc& bmc);
-// Handles one request of a session. A Wire without bytes and without `close` means silence.
-Wire handleRequest(Bmc& bmc, Session& session, const Message& request);
-void badFrame(Bmc& bmc, const std::string& why);
+
+// Handles one request of a session at the time `nowMs`, which never goes back. Returns completion
+// code and data as the client gets them, empty for silence. Faults of the wire don't show here.
+Bytes answerRequest(Bmc& bmc, Session& session, int64_t nowMs, uint8_t netFn, uint8_t cmd,
+                    const Bytes& data);
+// The same on the wire, at the time of the ledger. Without bytes and without `close`: silence.
+Wire serveRequest(Bmc& bmc, Session& session, const Message& request);
 
 // The BMC restarts: every value and posted command is gone, the restart-clean flag reads 0, the
 // watchdog stands still, LEDs are off. Event log, clock, files, drive positions and faults stay.

@@ -6,212 +6,186 @@
 
 namespace bmcsim {
 
-constexpr size_t FETCH_SIZE = 8;
-constexpr uint32_t CHUNK_BYTES = 32;
+namespace {
 
-static void note(CommandSlot& slot, const Ledger& ledger, const std::string& line) {
+void note(CommandSlot& slot, const Ledger& ledger, const std::string& line) {
+    constexpr size_t MAX_LINES = 500;
     slot.exchange.push_back(stampText(ledger) + "  " + line);
-    if (slot.exchange.size() > MAX_EXCHANGE_LINES)
+    if (slot.exchange.size() > MAX_LINES)
         slot.exchange.pop_front();
 }
 
-static void slotComplaint(CommandSlot& slot, Ledger& ledger, const std::string& text) {
+void object(CommandSlot& slot, Ledger& ledger, const std::string& text) {
     if (slot.phase == SlotPhase::DISTURBED)
         return;
     note(slot, ledger, "complaint: " + text);
     complain(ledger, "command slot: " + text);
 }
 
-void postCommand(CommandSlot& slot, Ledger& ledger, const SlotCommand& command) {
-    slot.queue.push_back(command);
-    note(slot, ledger,
-         format("posted   index %d \"%s\"", command.index, escapeText(command.text).c_str()));
-}
+// ---- fetching ----
 
-// What is wrong with a fetch request, or nothing.
-static std::string fetchFlaw(const CommandSlot& slot, const Bytes& data, uint32_t offset,
-                             uint32_t total) {
-    const bool first = slot.phase != SlotPhase::PARTIAL;
-    if (data[0] != 0x10 || data[2] != 0 || data[4] != 0)
-        return "fixed bytes are not 10, 00 and 00";
-    if (offset != (first ? 0 : slot.nextOffset) && offset != 0)
-        return format("offset %u instead of %u", offset, first ? 0 : slot.nextOffset);
-    const uint32_t wanted = offset == 0 ? CHUNK_BYTES : std::min(CHUNK_BYTES, total - offset);
-    if (data[7] != wanted)
-        return format("%d bytes wanted instead of %u", data[7], wanted);
-    const uint8_t index = offset == 0 || slot.queue.empty() ? 0 : slot.queue.front().index;
-    if (data[3] != index)
-        return format("index %d instead of %d", data[3], index);
-    return "";
-}
-
-static bool onOffer(const CommandSlot& slot) {
+bool onOffer(const CommandSlot& slot) {
     return !slot.queue.empty() && slot.phase != SlotPhase::ACKNOWLEDGED &&
            slot.phase != SlotPhase::ANSWERED;
 }
 
-static void handOut(CommandSlot& slot, Ledger& ledger, uint32_t offset, uint32_t wanted,
-                    Bytes& out) {
-    const SlotCommand& command = slot.queue.front();
+// The request that a client sends at this point; it may begin again at any time.
+Bytes rightFetch(const CommandSlot& slot, bool beginning, uint32_t total) {
+    const uint32_t at = beginning || slot.phase != SlotPhase::PARTIAL ? 0 : slot.nextOffset;
+    const size_t wanted = at == 0 ? CHUNK_BYTES : std::min<size_t>(CHUNK_BYTES, total - at);
+    const uint8_t index = at == 0 || slot.queue.empty() ? 0 : slot.queue.front().index;
+    Bytes right = {0x10, SELECTOR_COMMAND, 0, index, 0};
+    for (const size_t byte : {size_t{at % 255}, size_t{at / 255}, wanted})
+        right.push_back(static_cast<uint8_t>(byte));
+    return right;
+}
+
+Bytes handOut(CommandSlot& slot, const Ledger& ledger, uint32_t offset, uint32_t wanted) {
+    const Value& command = slot.queue.front();
     const auto total = static_cast<uint32_t>(command.text.size());
-    const uint32_t count = std::min(wanted, total - offset);
-    out = {0x11, 0x00};
-    appendLittleEndian(out, total, 2);
-    appendLittleEndian(out, offset, 2);
-    out.push_back(static_cast<uint8_t>(count));
-    out.push_back(command.index);
-    out.insert(out.end(), command.text.begin() + offset, command.text.begin() + offset + count);
-    slot.nextOffset = offset + count;
+    const std::string chunk = command.text.substr(offset, wanted);
+    Bytes answer = {CC_OK, 0x11, 0x00};
+    appendLittleEndian(answer, total, 2);
+    appendLittleEndian(answer, offset, 2);
+    answer.push_back(static_cast<uint8_t>(chunk.size()));
+    answer.push_back(command.index);
+    answer.insert(answer.end(), chunk.begin(), chunk.end());
+    slot.nextOffset = offset + static_cast<uint32_t>(chunk.size());
     if (slot.phase != SlotPhase::DISTURBED)
         slot.phase = slot.nextOffset == total ? SlotPhase::FETCHED : SlotPhase::PARTIAL;
-    note(slot, ledger, format("fetched  %u bytes at offset %u of %u", count, offset, total));
+    note(slot, ledger,
+         format("fetched  %zu bytes at offset %u of %u", chunk.size(), offset, total));
+    return answer;
 }
 
-uint8_t fetchCommand(CommandSlot& slot, uint64_t session, Ledger& ledger, const Bytes& data,
-                     Bytes& out) {
-    if (data.size() < 2 || data[1] != SELECTOR_COMMAND)
-        return data.size() < 2 ? CC_LENGTH_INVALID : CC_PARAMETER_UNSUPPORTED;
-    slot.session = session;
-    uint32_t offset = 0;
-    if (data.size() != FETCH_SIZE || !base255(data[5], data[6], offset)) {
-        slotComplaint(slot, ledger, "fetch of a wrong shape: " + hexText(data));
-        return CC_LENGTH_INVALID;
-    }
-    const bool offered = onOffer(slot);
-    const auto total = static_cast<uint32_t>(offered ? slot.queue.front().text.size() : 0);
-    if (offset > total || (offset == total && offset != 0)) {
-        slotComplaint(slot, ledger, format("fetch at offset %u of %u", offset, total));
-        return CC_OUT_OF_RANGE;
-    }
-    const std::string flaw = fetchFlaw(slot, data, offset, total);
-    if (!flaw.empty())
-        slotComplaint(slot, ledger, "fetch: " + flaw);
-    if (offered) {
-        handOut(slot, ledger, offset, data[7], out);
-        return CC_OK;
-    }
-    slot.idlePolls++;
-    out = {0x11, 0, 0, 0, 0, 0, 0, 0};
-    return CC_OK;
-}
-
-void disturbSlot(CommandSlot& slot, Ledger& ledger, const std::string& what) {
-    note(slot, ledger, "disturbed by " + what);
-    slot.phase = SlotPhase::DISTURBED;
-}
-
-static std::string keyOf(const std::string& text) {
-    const std::vector<std::string> parts = splitText(text, ";");
-    return parts.size() >= 3 ? parts[1] : "";
-}
+// ---- answers ----
 
 // A command that the agent can carry out has a key and an option byte other than 0. Text beyond
 // 1,023 bytes or behind a NUL is not the agent's to see.
-static bool wellFormed(const std::string& text) {
-    const std::string seen = text.substr(0, std::min<size_t>(text.find('\0'), 1023));
-    const std::string key = keyOf(seen);
-    const size_t option = seen.find(';', seen.find(';') + 1) + 1;
-    return !key.empty() && option < seen.size();
+bool wellFormed(const std::string& text) {
+    const Lines parts = splitText(text.substr(0, std::min<size_t>(text.find('\0'), 1023)), ";");
+    return parts.size() >= 3 && !parts[1].empty() && (parts.size() > 3 || !parts[2].empty());
 }
 
-// An index of 10 or more leaves its later digits at the head of the text.
-static bool indexFits(const CommandSlot& slot, const Completed& value, std::string& text) {
+// The text behind the index. An index of 10 or more leaves its later digits at the head of the
+// text. Nothing when the index is another one than that of the command on offer.
+std::optional<std::string> answerText(const CommandSlot& slot, const Value& value) {
     const std::string digits = std::to_string(slot.queue.front().index);
-    const std::string rest = digits.substr(1);
-    text = value.text;
-    if (value.index != digits[0] - '0' || text.compare(0, rest.size(), rest) != 0)
-        return false;
-    text.erase(0, rest.size());
-    return true;
+    if (value.index != digits[0] - '0' || value.text.rfind(digits.substr(1), 0) != 0)
+        return {};
+    return value.text.substr(digits.size() - 1);
 }
 
-static void acknowledge(CommandSlot& slot, Ledger& ledger, const std::string& text) {
-    if (slot.phase != SlotPhase::FETCHED)
-        slotComplaint(slot, ledger, "acknowledgement out of order");
-    if (text != "2;")
-        slotComplaint(slot, ledger, "acknowledgement \"" + escapeText(text) + "\"");
-    slot.phase = SlotPhase::ACKNOWLEDGED;
-}
-
-static void takeResult(CommandSlot& slot, Ledger& ledger, const std::string& text) {
-    const std::string key = keyOf(slot.queue.front().text);
-    if (slot.phase != SlotPhase::ACKNOWLEDGED)
-        slotComplaint(slot, ledger, "result out of order");
-    if (text != key + ";1;;" && text != key + ";0;;")
-        slotComplaint(slot, ledger, "result \"" + escapeText(text) + "\"");
-    slot.phase = SlotPhase::ANSWERED;
-}
-
-static void release(CommandSlot& slot, Ledger& ledger) {
-    const bool carriedOut = slot.phase == SlotPhase::ANSWERED;
-    const bool justified =
-        slot.phase == SlotPhase::PARTIAL || slot.phase == SlotPhase::DISTURBED ||
-        (slot.phase == SlotPhase::FETCHED && !wellFormed(slot.queue.front().text));
-    if (!carriedOut && !justified)
-        slotComplaint(slot, ledger, "release out of order");
-    slot.queue.pop_front();
-    slot.released++;
-    slot.phase = SlotPhase::IDLE;
-}
-
-static bool opensCycle(const Completed& value) {
-    return value.selector == SELECTOR_RESULT && value.index == 0 && value.text.empty();
-}
-
-// The release ends a disturbed exchange, and takes the command that was on offer with it.
-static void disturbedAnswer(CommandSlot& slot, const Completed& value) {
-    if (value.selector == SELECTOR_RESULT || !value.text.empty())
-        return;
+void endExchange(CommandSlot& slot) {
     if (!slot.queue.empty())
         slot.queue.pop_front();
     slot.released++;
     slot.phase = SlotPhase::IDLE;
 }
 
-static void judgeAnswer(CommandSlot& slot, Ledger& ledger, const Completed& value) {
-    std::string text;
-    if (slot.queue.empty() || slot.phase == SlotPhase::IDLE)
-        slotComplaint(slot, ledger, "an answer to no command");
-    else if (!indexFits(slot, value, text))
-        slotComplaint(slot, ledger, format("answer to index %d", value.index));
+// One step of the exchange: it must come in its phase and be what it should be.
+void step(CommandSlot& slot, Ledger& ledger, const char* name, SlotPhase in, SlotPhase next,
+          const std::string& text, const Lines& allowed) {
+    if (slot.phase != in)
+        object(slot, ledger, std::string(name) + " out of order");
+    if (std::find(allowed.begin(), allowed.end(), text) == allowed.end())
+        object(slot, ledger, std::string(name) + " \"" + escapeText(text) + "\"");
+    slot.phase = next;
+}
+
+void release(CommandSlot& slot, Ledger& ledger) {
+    const bool refused = slot.phase == SlotPhase::FETCHED && !wellFormed(slot.queue.front().text);
+    if (slot.phase != SlotPhase::ANSWERED && slot.phase != SlotPhase::PARTIAL && !refused)
+        object(slot, ledger, "release out of order");
+    endExchange(slot);
+}
+
+void judgeAnswer(CommandSlot& slot, Ledger& ledger, const Value& value) {
+    if (slot.queue.empty() || slot.phase == SlotPhase::IDLE) {
+        object(slot, ledger, "an answer to no command");
+        return;
+    }
+    const auto text = answerText(slot, value);
+    const Lines parts = splitText(slot.queue.front().text, ";");
+    const std::string key = parts.size() >= 3 ? parts[1] : "";
+    if (!text)
+        object(slot, ledger, format("answer to index %d", value.index));
     else if (value.selector == SELECTOR_RESULT)
-        takeResult(slot, ledger, text);
-    else if (!text.empty())
-        acknowledge(slot, ledger, text);
+        step(slot, ledger, "result", SlotPhase::ACKNOWLEDGED, SlotPhase::ANSWERED, *text,
+             {key + ";1;;", key + ";0;;"});
+    else if (!text->empty())
+        step(slot, ledger, "acknowledgement", SlotPhase::FETCHED, SlotPhase::ACKNOWLEDGED, *text,
+             {"2;"});
     else
         release(slot, ledger);
 }
 
 // A client that died in the middle of a command leaves it to be opened by its successor; a
 // command that was taken is gone then.
-static void openCycle(CommandSlot& slot, uint64_t session, Ledger& ledger) {
-    const bool taken = slot.phase == SlotPhase::ACKNOWLEDGED || slot.phase == SlotPhase::ANSWERED;
+void openCycle(CommandSlot& slot, uint64_t session, Ledger& ledger) {
     if (slot.phase != SlotPhase::IDLE && slot.session == session)
-        slotComplaint(slot, ledger, "a new cycle before the command was released");
-    if (taken)
+        object(slot, ledger, "a new cycle before the command was released");
+    if (slot.phase == SlotPhase::ACKNOWLEDGED || slot.phase == SlotPhase::ANSWERED)
         slot.queue.pop_front();
     slot.phase = SlotPhase::IDLE;
 }
 
-void slotAnswer(CommandSlot& slot, uint64_t session, Ledger& ledger, const Completed& value) {
-    const bool opening = opensCycle(value);
-    const bool idle = slot.phase == SlotPhase::IDLE || slot.phase == SlotPhase::DISTURBED;
-    if (opening && slot.queue.empty() && idle) { // every five seconds, not worth a line
-        slot.phase = SlotPhase::IDLE;
+} // namespace
+
+void postCommand(CommandSlot& slot, const Ledger& ledger, const Value& command) {
+    slot.queue.push_back(command);
+    note(slot, ledger,
+         format("posted   index %d \"%s\"", command.index, escapeText(command.text).c_str()));
+}
+
+Bytes fetchCommand(CommandSlot& slot, uint64_t session, Ledger& ledger, const Bytes& data) {
+    if (data.size() < 2 || data[1] != SELECTOR_COMMAND)
+        return {data.size() < 2 ? CC_LENGTH_INVALID : CC_PARAMETER_UNSUPPORTED};
+    slot.session = session;
+    const auto offset = data.size() == 8 ? base255(data[5], data[6]) : std::nullopt;
+    if (!offset) {
+        object(slot, ledger, "fetch of a wrong shape: " + hexText(data));
+        return {CC_LENGTH_INVALID};
+    }
+    const bool offered = onOffer(slot);
+    const auto total = static_cast<uint32_t>(offered ? slot.queue.front().text.size() : 0);
+    if (*offset > total || (*offset == total && *offset != 0)) {
+        object(slot, ledger, format("fetch at offset %u of %u", *offset, total));
+        return {CC_OUT_OF_RANGE};
+    }
+    const Bytes right = rightFetch(slot, *offset == 0, total);
+    if (data != right)
+        object(slot, ledger, "fetch " + hexText(data) + " instead of " + hexText(right));
+    if (offered)
+        return handOut(slot, ledger, *offset, data[7]);
+    slot.idlePolls++;
+    return {CC_OK, 0x11, 0, 0, 0, 0, 0, 0, 0};
+}
+
+void disturbSlot(CommandSlot& slot, const Ledger& ledger, const std::string& what) {
+    note(slot, ledger, "disturbed by " + what);
+    slot.phase = SlotPhase::DISTURBED;
+}
+
+void slotAnswer(CommandSlot& slot, uint64_t session, Ledger& ledger, const Value& value) {
+    const bool opening =
+        value.selector == SELECTOR_RESULT && value.index == 0 && value.text.empty();
+    const bool disturbed = slot.phase == SlotPhase::DISTURBED;
+    if (opening && slot.queue.empty() && (disturbed || slot.phase == SlotPhase::IDLE)) {
+        slot.phase = SlotPhase::IDLE; // every five seconds, not worth a line
         return;
     }
     note(slot, ledger,
          format("%d      index %d \"%s\"", value.selector, value.index,
                 escapeText(value.text).c_str()));
-    const bool clearing = value.index == 255 && value.text.empty();
-    if (clearing)
-        return;
+    if (value.index == 255 && value.text.empty())
+        return; // a clear of everything
     if (opening)
         openCycle(slot, session, ledger);
-    else if (slot.phase == SlotPhase::DISTURBED)
-        disturbedAnswer(slot, value);
-    else
+    else if (!disturbed)
         judgeAnswer(slot, ledger, value);
+    else if (value.selector == SELECTOR_COMMAND && value.text.empty())
+        endExchange(slot); // takes the command that was on offer with it
 }
 
 } // namespace bmcsim

@@ -14,11 +14,6 @@
 
 namespace bmcsim {
 
-struct SlotCommand {
-    uint8_t index = 0;
-    std::string text;
-};
-
 enum class SlotPhase {
     IDLE,         // nothing handed out
     PARTIAL,      // the first part of a command was fetched
@@ -29,26 +24,22 @@ enum class SlotPhase {
 };
 
 struct CommandSlot {
-    std::deque<SlotCommand> queue; // the front one is on offer
+    std::deque<Value> queue; // the front one is on offer
     SlotPhase phase = SlotPhase::IDLE;
     uint32_t nextOffset = 0;
     uint64_t session = 0;             // the last one that fetched
     size_t idlePolls = 0;             // fetches that found nothing
     size_t released = 0;              // commands released
-    std::deque<std::string> exchange; // the latest lines
+    std::deque<std::string> exchange; // the latest 500 lines
 };
 
-constexpr size_t MAX_EXCHANGE_LINES = 500;
-constexpr size_t MAX_COMMAND_TEXT = 65535;
-
-void postCommand(CommandSlot& slot, Ledger& ledger, const SlotCommand& command);
-// Answers a fetch of a session. Returns the completion code.
-uint8_t fetchCommand(CommandSlot& slot, uint64_t session, Ledger& ledger, const Bytes& data,
-                     Bytes& out);
+void postCommand(CommandSlot& slot, const Ledger& ledger, const Value& command);
+// Answers a fetch of a session.
+Bytes fetchCommand(CommandSlot& slot, uint64_t session, Ledger& ledger, const Bytes& data);
 // A fetch or an upload of 207 or 208 goes wrong by order (a fault, a scripted answer): the rest of
 // the exchange is recorded but not judged, until the next cycle opens or the command is released.
-void disturbSlot(CommandSlot& slot, Ledger& ledger, const std::string& what);
+void disturbSlot(CommandSlot& slot, const Ledger& ledger, const std::string& what);
 // A completed upload of 207 or 208 by a session.
-void slotAnswer(CommandSlot& slot, uint64_t session, Ledger& ledger, const Completed& value);
+void slotAnswer(CommandSlot& slot, uint64_t session, Ledger& ledger, const Value& value);
 
 } // namespace bmcsim

@@ -1,12 +1,15 @@
-// The commands that tell the simulator what to do and show what it knows, one per line.
+// The commands that tell the simulator what to do and show what it knows, one per line, and the
+// conditions that a test waits for instead of sleeping.
 #pragma once
 
-#include "conditions.h"
-#include "table.h"
+#include "bmc.h"
 
-#include <optional>
+#include <functional>
 
 namespace bmcsim {
+
+// True when it holds. The BMC that it was made for must be there.
+using Condition = std::function<bool()>;
 
 // Things only the server can do.
 enum class Action { NONE, QUIT, DISCONNECT, AWAY, BACK };

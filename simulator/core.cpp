@@ -1,6 +1,6 @@
 #include "core.h"
 
-#include <cctype>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <ctime>
@@ -12,18 +12,21 @@ std::string stampText(const Ledger& ledger) {
 }
 
 void complain(Ledger& ledger, const std::string& text) {
-    ledger.complaintCount++;
-    if (ledger.complaints.size() < MAX_COMPLAINTS)
-        ledger.complaints.push_back(text.substr(0, MAX_COMPLAINT_TEXT));
+    constexpr size_t MAX_COMPLAINTS = 1000;
+    constexpr size_t MAX_TEXT = 1200;
+    const size_t count = ledger.complaints.size();
+    if (count <= MAX_COMPLAINTS)
+        ledger.complaints.push_back(count < MAX_COMPLAINTS ? text.substr(0, MAX_TEXT) : "and more");
     trace(ledger, "complaint: " + text);
 }
 
 void trace(Ledger& ledger, const std::string& text) {
+    constexpr size_t MAX_LINES = 5000;
     if (!ledger.tracing)
         return;
     ledger.trace.push_back(stampText(ledger) + "  " + text);
-    if (ledger.trace.size() > MAX_TRACE_LINES)
-        ledger.trace.pop_front();
+    if (ledger.trace.size() > MAX_LINES)
+        ledger.trace.erase(ledger.trace.begin());
 }
 
 std::string format(const char* pattern, ...) {
@@ -40,18 +43,17 @@ std::string format(const char* pattern, ...) {
     return text;
 }
 
-bool parseHex(std::string_view text, Bytes& out) {
-    out.clear();
+std::optional<Bytes> parseHex(std::string_view text) {
+    Bytes bytes;
     for (const std::string& word : words(text)) {
-        const std::string digits = word.size() % 2 == 1 ? "0" + word : word;
-        for (size_t i = 0; i < digits.size(); i += 2) {
-            int64_t value = 0;
-            if (!parseNumber("0x" + digits.substr(i, 2), 0, 255, value))
-                return false;
-            out.push_back(static_cast<uint8_t>(value));
+        for (size_t i = 0; i < word.size(); i += 2) {
+            const auto byte = parseNumber("0x" + word.substr(i, 2), 255);
+            if (!byte)
+                return {};
+            bytes.push_back(static_cast<uint8_t>(*byte));
         }
     }
-    return true;
+    return bytes;
 }
 
 std::string hexText(const Bytes& bytes) {
@@ -61,30 +63,16 @@ std::string hexText(const Bytes& bytes) {
     return text;
 }
 
-static int digitValue(char digit) {
-    if (digit >= '0' && digit <= '9')
-        return digit - '0';
-    const char lower = static_cast<char>(tolower(static_cast<unsigned char>(digit)));
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : 99;
-}
-
-bool parseNumber(std::string_view text, int64_t low, int64_t high, int64_t& out) {
+std::optional<uint32_t> parseNumber(std::string_view text, uint32_t high) {
     const bool hex = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-    const int base = hex ? 16 : 10;
     if (hex)
         text.remove_prefix(2);
-    if (text.empty() || text.size() > 15)
-        return false;
-    int64_t value = 0;
-    for (const char digit : text) {
-        if (digitValue(digit) >= base)
-            return false;
-        value = value * base + digitValue(digit);
-    }
-    if (value < low || value > high)
-        return false;
-    out = value;
-    return true;
+    uint32_t value = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, error] = std::from_chars(text.data(), end, value, hex ? 16 : 10);
+    if (error != std::errc() || next != end || value > high)
+        return {};
+    return value;
 }
 
 std::string escapeText(std::string_view text) {
@@ -101,8 +89,8 @@ std::string escapeText(std::string_view text) {
     return escaped;
 }
 
-std::vector<std::string> splitText(std::string_view text, std::string_view separators) {
-    std::vector<std::string> pieces(1);
+Lines splitText(std::string_view text, std::string_view separators) {
+    Lines pieces(1);
     for (const char character : text) {
         if (separators.find(character) != std::string_view::npos)
             pieces.emplace_back();
@@ -112,8 +100,8 @@ std::vector<std::string> splitText(std::string_view text, std::string_view separ
     return pieces;
 }
 
-std::vector<std::string> words(std::string_view text) {
-    std::vector<std::string> found;
+Lines words(std::string_view text) {
+    Lines found;
     for (std::string& piece : splitText(text, " \t\r\n"))
         if (!piece.empty())
             found.push_back(std::move(piece));
@@ -132,9 +120,8 @@ void appendLittleEndian(Bytes& bytes, uint32_t value, size_t size) {
         bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
 }
 
-bool base255(uint8_t low, uint8_t high, uint32_t& out) {
-    out = low + 255U * high;
-    return low != 255;
+std::optional<uint32_t> base255(uint8_t low, uint8_t high) {
+    return low == 255 ? std::nullopt : std::optional(low + 255U * high);
 }
 
 std::string timeText(uint32_t seconds) {

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,8 +12,10 @@
 namespace bmcsim {
 
 using Bytes = std::vector<uint8_t>;
+using Lines = std::vector<std::string>;
 
-// Completion codes (IPMI v2.0, table 5-2).
+// Completion codes (IPMI v2.0, table 5-2). What answers a request returns one of these, then the
+// data of the answer when it is CC_OK.
 constexpr uint8_t CC_OK = 0x00;
 constexpr uint8_t CC_PARAMETER_UNSUPPORTED = 0x80;
 constexpr uint8_t CC_INVALID_COMMAND = 0xC1;
@@ -25,51 +27,48 @@ constexpr uint8_t CC_NOT_PRESENT = 0xCB;
 constexpr uint8_t CC_INVALID_FIELD = 0xCC;
 constexpr uint8_t CC_WRONG_STATE = 0xD5;
 
-// Time, complaints and trace. Handlers read `nowMs` and never ask the kernel for the time, so a
-// test moves the clock by writing it.
+// Time, complaints and trace. Whoever drives the BMC sets `nowMs`; nothing that handles a request
+// asks the kernel for the time.
 struct Ledger {
     int64_t nowMs = 0;    // monotonic milliseconds
     int64_t originMs = 0; // when the simulator started; printed times count from here
-    std::vector<std::string> complaints;
-    size_t complaintCount = 0; // also counts those that were not kept
+    Lines complaints;
     bool tracing = false;
-    std::deque<std::string> trace;
+    Lines trace;
 };
-
-constexpr size_t MAX_COMPLAINTS = 1000;     // kept; later ones are only counted
-constexpr size_t MAX_COMPLAINT_TEXT = 1200; // longer ones are cut
-constexpr size_t MAX_TRACE_LINES = 5000;
 
 // "   12.345", seconds since the simulator started.
 std::string stampText(const Ledger& ledger);
-// Records that the client did something that does not add up.
+// Records that the client did something that does not add up. Long texts are cut, and after a
+// thousand complaints it only says that there are more.
 void complain(Ledger& ledger, const std::string& text);
-// Records a line of the request trace while tracing is on.
+// Records a line of the request trace while tracing is on; the latest 5000 are kept.
 void trace(Ledger& ledger, const std::string& text);
 
 // printf into a string.
 [[gnu::format(printf, 1, 2)]] std::string format(const char* pattern, ...);
 
-// "0A ff 3" style hexadecimal, blanks between bytes optional ("0aff"); false if it is not that.
-bool parseHex(std::string_view text, Bytes& out);
+// "0A ff 3" style hexadecimal, blanks between bytes optional ("0aff"); nothing if it is not that.
+std::optional<Bytes> parseHex(std::string_view text);
 std::string hexText(const Bytes& bytes);
-// A whole number: decimal, or hexadecimal after "0x"; false when out of [low, high] or no number.
-bool parseNumber(std::string_view text, int64_t low, int64_t high, int64_t& out);
+// A whole number from 0 to `high`, decimal, or hexadecimal after "0x".
+std::optional<uint32_t> parseNumber(std::string_view text, uint32_t high);
 
 // Printable ASCII as it stands, backslash doubled, every other byte as \xHH.
 std::string escapeText(std::string_view text);
 
 // Splits at any character of `separators`; empty pieces are kept.
-std::vector<std::string> splitText(std::string_view text, std::string_view separators);
+Lines splitText(std::string_view text, std::string_view separators);
 // Splits at runs of blanks; no empty pieces.
-std::vector<std::string> words(std::string_view text);
+Lines words(std::string_view text);
 
+// `size` bytes from `at` on; bytes beyond the end count as 0.
 uint32_t littleEndian(const Bytes& bytes, size_t at, size_t size);
 void appendLittleEndian(Bytes& bytes, uint32_t value, size_t size);
 
 // A length or offset in the two-byte base-255 form of the upload requests: low digit, high digit.
-// False when a digit is 255, which no such number has.
-bool base255(uint8_t low, uint8_t high, uint32_t& out);
+// Nothing when the low digit is 255, which no such number has.
+std::optional<uint32_t> base255(uint8_t low, uint8_t high);
 
 // Seconds since 1970 as "YYYY-MM-DD hh:mm:ss" (UTC).
 std::string timeText(uint32_t seconds);

@@ -3,8 +3,6 @@
 
 #include "frame.h"
 
-#include <optional>
-
 namespace bmcsim {
 
 // Which requests are meant: all, one command, or one command with a certain first data byte.
@@ -14,13 +12,13 @@ struct Target {
     int first = -1;
 };
 
-bool targetMatches(const Target& target, const Message& request);
 // "all", "NN/CC" or "NN/CC/BB" in hexadecimal (NetFn, command, first data byte).
-bool parseTarget(const std::string& text, Target& target);
+std::optional<Target> parseTarget(const std::string& text);
 std::string targetText(const Target& target);
 
 enum class FaultKind {
-    CODE,     // completion code `argument`, nothing done
+    CODE,     // completion code `answer`, nothing done
+    ANSWER,   // completion code and data `answer`, nothing done
     SILENT,   // no answer, nothing done
     LATE,     // done, the answer comes after `argument` milliseconds
     SHORT,    // done, code and data cut to `argument` bytes
@@ -33,46 +31,35 @@ enum class FaultKind {
     ATTENTION // done, attention commands come before the answer
 };
 
+// How they are ordered: their names, and those of the arguments.
+constexpr const char* FAULT_KINDS[] = {"code CC",     "answer HEX...", "silent",   "late MS",
+                                       "short BYTES", "long BYTES",    "sequence", "checksum",
+                                       "drop",        "midframe",      "double",   "attention"};
+
 struct Fault {
     Target target;
     FaultKind kind = FaultKind::CODE;
-    int argument = 0;
-    int64_t left = -1; // requests still to hit; -1: until cleared
+    Bytes answer; // of CODE and ANSWER, else empty
+    uint32_t argument = 0;
+    std::optional<uint32_t> left; // requests still to hit; nothing: until cleared
 };
-
-struct ScriptedAnswer {
-    Target target;
-    Bytes bytes; // completion code and data
-};
+std::string faultText(const Fault& fault);
 
 struct Faults {
-    std::vector<Fault> faults;
-    std::deque<ScriptedAnswer> answers; // each is used once, in order
-    int delayMs = 0;                    // every answer takes this long
+    std::vector<Fault> orders; // answers first
+    uint32_t delayMs = 0;      // every answer takes this long
 };
-
-// "code C3", "late 500 2": kind, its argument where it has one, number of requests.
-// Returns an error text, empty when all is well.
-std::string parseFault(const std::vector<std::string>& arguments, Fault& fault);
-std::string faultText(const Fault& fault);
-const char* faultUsage();
-
-// What happens to one request.
-struct Plan {
-    bool execute = true;
-    std::optional<Bytes> answer; // instead of executing
-    std::optional<Fault> fault;
-};
-
-// Decides and uses up: scripted answers first, then the first fault that matches.
-Plan planRequest(Faults& faults, const Message& request);
+void orderFault(Faults& faults, const Fault& fault);
+// Uses up the first fault that hits the request.
+std::optional<Fault> meetFault(Faults& faults, const Message& request);
 
 // What goes out, and when.
 struct Wire {
     Bytes bytes;
-    int delayMs = 0;
+    int64_t delayMs = 0;
     bool close = false; // after the bytes
 };
-Wire wireAnswer(const Faults& faults, const Plan& plan, Message answer);
+// The answer to a request that met this fault, or none.
+Wire wireAnswer(const Faults& faults, const std::optional<Fault>& fault, Message answer);
 
 } // namespace bmcsim

@@ -9,13 +9,10 @@
 
 #include "core.h"
 
-#include <functional>
-
 namespace bmcsim {
 
 constexpr uint8_t FRAME_MESSAGE_END = 0xA0;
 constexpr uint8_t FRAME_CONTROL_END = 0xA1;
-constexpr uint8_t FRAME_ESCAPE = 0xAA;
 constexpr size_t MAX_FRAME = 1024; // unescaped bytes; a longer frame is dropped whole
 
 struct Message {
@@ -26,11 +23,11 @@ struct Message {
     Bytes data; // of a response: completion code first
 };
 
-// What a byte stream turned out to hold.
-struct FrameSink {
-    std::function<void(const Message&)> message;
-    std::function<void(const Bytes&)> control;
-    std::function<void(const std::string&)> garbage; // why a frame was dropped
+// What a byte stream turned out to hold: one of the three.
+struct Frame {
+    std::optional<Message> message;
+    Bytes control;
+    std::string garbage; // why a frame was dropped
 };
 
 struct FrameReader {
@@ -39,12 +36,15 @@ struct FrameReader {
     bool overlong = false;
 };
 
-// Takes the next bytes of the stream, in pieces of any size, and hands out every frame that ends
-// among them. Empty frames are skipped, bad ones reported and dropped.
-void feedFrames(FrameReader& reader, const uint8_t* bytes, size_t size, const FrameSink& sink);
+// Takes the next bytes of the stream, in pieces of any size. Returns every frame that ends among
+// them, but for empty ones.
+std::vector<Frame> feedFrames(FrameReader& reader, const uint8_t* bytes, size_t size);
 
 // The bytes on the wire. `checksumError` is added to the checksum.
 Bytes encodeMessage(const Message& message, uint8_t checksumError = 0);
 Bytes encodeControl(const Bytes& control);
+// What a new client is sent: a lone end mark, which flushes what a dead predecessor left half-sent,
+// and the protocol's version.
+Bytes encodeHello();
 
 } // namespace bmcsim

@@ -20,23 +20,26 @@
 
 namespace bmcsim {
 
-struct StoredValue {
+constexpr size_t CHUNK_BYTES = 32;
+
+struct Value {
+    uint8_t selector = 0;
+    uint8_t index = 0; // of 207 and 208
     std::string text;
-    uint8_t index = 0;  // of 207 and 208
-    size_t uploads = 0; // complete values since the BMC's start
 };
 
-struct StoredList {
-    std::vector<std::string> items;
-    size_t announced = 0;
-    uint64_t owner = 0; // the session that announced it
-    std::string piece;  // text of an item that has no line end yet
+// What is known of a selector.
+struct Stored {
+    size_t uploads = 0;   // complete values since the BMC's start
+    uint8_t index = 0;    // of the last one, 207 and 208 only
+    Lines texts;          // the last value, or the items of a list
+    size_t announced = 0; // items of a list
+    uint64_t owner = 0;   // the session that announced them
+    std::string piece;    // text of an item that has no line end yet
 };
 
-struct Parameters {
-    std::map<uint8_t, StoredValue> values;
-    std::map<uint8_t, StoredList> lists; // by list selector
-};
+using Parameters = std::map<uint8_t, Stored>;
+const Stored& storedUnder(const Parameters& parameters, uint32_t selector);
 
 // What one connection is in the middle of. Two clients (a daemon and a one-shot run) upload at
 // the same time without disturbing each other's values.
@@ -60,24 +63,19 @@ struct Session {
     uint64_t generation = 0; // BMC start this belongs to
     bool strict = false;
     bool clearing = false; // between the first and the last upload of a clear
-    std::map<uint8_t, Pending> pending;
-    std::map<uint8_t, Progress> lists; // by list selector
-    std::set<uint8_t> begun;           // selectors that had a value from its start
+    std::map<uint8_t, Pending> pending = {};
+    std::map<uint8_t, Progress> lists = {}; // by list selector
+    std::set<uint8_t> begun = {};           // selectors that had a value from its start
 };
 
-// Values completed by a chunk; `selector` 0 when it completed none.
-struct Completed {
-    uint8_t selector = 0;
-    uint8_t index = 0;
-    std::string text;
+struct ChunkResult {
+    uint8_t code = 0;           // completion code
+    std::optional<Value> value; // that this chunk completed
 };
 
 // Takes one chunk. `refused` means that the client will be told (or left to believe) that the
-// chunk failed: it is checked, but its value is not stored. Returns the completion code.
-uint8_t setParameter(Parameters& parameters, Session& session, Ledger& ledger, const Bytes& data,
-                     bool refused, Completed& completed);
-
-// A count as the two bytes {count mod 255, count / 255}; false when it is not that.
-bool decodeCount(const std::string& text, size_t& count);
+// chunk failed: it is checked, but its value is not stored.
+ChunkResult setParameter(Parameters& parameters, Session& session, Ledger& ledger,
+                         const Bytes& data, bool refused);
 
 } // namespace bmcsim

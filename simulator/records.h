@@ -6,39 +6,43 @@
 namespace bmcsim {
 
 constexpr uint8_t FIRST_SELECTOR = 192;
-constexpr uint8_t LAST_SELECTOR = 208;
-constexpr size_t MAX_VALUE = 1023; // no value of the agent is longer
+constexpr uint8_t SELECTOR_LAN = 195;
+constexpr uint8_t SELECTOR_STORAGE = 199;
+constexpr uint8_t SELECTOR_USAGE = 201;
 constexpr uint8_t SELECTOR_TIME = 202;
+constexpr uint8_t SELECTOR_AGENT = 204;
+constexpr uint8_t SELECTOR_NVME = 206;
 constexpr uint8_t SELECTOR_COMMAND = 207;
 constexpr uint8_t SELECTOR_RESULT = 208;
+constexpr uint8_t LAST_SELECTOR = SELECTOR_RESULT;
+constexpr size_t MAX_VALUE = 1023; // no value of the agent is longer
 
-// The list selector a count selector announces (194 -> 195 ...), 0 when it announces none; and
-// the other way round.
-uint8_t listOfCount(uint8_t selector);
-uint8_t countOfList(uint8_t selector);
+// Whether the selector carries a count, which announces that many items under the next selector;
+// and whether it carries such items.
+bool isCount(uint8_t selector);
+bool isList(uint8_t selector);
+// Whether its values come with an index.
+bool isIndexed(uint8_t selector);
 const char* selectorName(uint8_t selector);
 
-// One kind of storage record. Fields are separated by ";" or ":" exactly as `separators` says; the
-// last separator ends the record. `names` are the fields' headings, in order, tag first.
+// One kind of record. `form` is such a record with the fields' names in place of their values; what
+// stands before a "=" is the same in every one.
 struct RecordKind {
-    const char* tag;
+    uint8_t selector;
     const char* separators;
-    std::vector<const char*> names;
+    const char* title; // above a table of such records, if it needs one
+    const char* form;
+    const char* columns; // of that table, separated by ";"
 };
+std::vector<RecordKind> kindsOf(uint8_t selector);
+// The values of a record, in the order of the form; nothing when it is of another kind.
+std::optional<Lines> readRecord(const RecordKind& kind, const std::string& text);
+// The same in the order of the table's columns, and joined like these.
+std::string inColumns(const RecordKind& kind, const Lines& values);
 
-// The kind a storage record is by its tag and separators; nullptr when there is none.
-const RecordKind* storageKind(const std::string& text);
-// Fields of a storage record, tag first, without the empty piece after the last ";". The member
-// indexes of a Logical record are one field.
-std::vector<std::string> storageFields(const std::string& text);
-
-// Agent information: version;build;protocol;status;start time; where the start time is up to
-// four raw bytes, which may be ";" themselves. False when the text is not that.
-struct AgentInfo {
-    std::string version, build, protocol, startTime;
-    int status = 0;
-};
-bool parseAgentInfo(const std::string& text, AgentInfo& info);
+// The parts of agent information: version, build, protocol, status (0 to 2), start time, which is
+// up to four raw bytes that may be ";" themselves. Nothing when the text is not that.
+std::optional<Lines> agentFields(const std::string& text);
 
 // Empty when the value fits its selector, else the reason. Cleared (empty) values fit wherever
 // the selector may be cleared. Lists are checked item by item.

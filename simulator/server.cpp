@@ -5,27 +5,45 @@
 #include <csignal>
 #include <ctime>
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace bmcsim {
 
-constexpr size_t MAX_CLIENTS = 64;
+namespace {
+
 constexpr size_t MAX_BACKLOG = 4 << 20; // bytes a client may leave unread before it is dropped
 constexpr size_t MAX_QUEUE = 4096;      // answers that a client may be owed
-constexpr size_t MAX_LINE = 1 << 20;    // of a control client
-constexpr size_t STDOUT_STEP = 4096;    // a pipe that polls writable takes so much
-constexpr int64_t WAIT_TICK_MS = 20;    // how often a wait is looked at without any request
+constexpr size_t STEP = 4096;           // a pipe that polls writable takes so much
+constexpr int64_t MAX_SLEEP_MS = 3600000;
+constexpr int64_t WAIT_TICK_MS = 20; // how often a wait is looked at without any request
 
-int64_t monotonicMs() {
-    struct timespec now = {};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+// What is there to read; nothing when the other side has ended.
+std::optional<std::string> readSome(int fd) {
+    char buffer[STEP];
+    const ssize_t count = read(fd, buffer, sizeof buffer);
+    if (count > 0)
+        return std::string(buffer, static_cast<size_t>(count));
+    const bool later = count < 0 && (errno == EAGAIN || errno == EINTR);
+    return later ? std::optional(std::string()) : std::nullopt;
+}
+
+// Sends the beginning of what is to go out. False when the other side is gone.
+template <typename Buffer>
+bool writeSome(int fd, Buffer& out) {
+    const ssize_t count = write(fd, out.data(), std::min(out.size(), STEP));
+    if (count > 0)
+        out.erase(out.begin(), out.begin() + count);
+    return count >= 0 || errno == EAGAIN || errno == EINTR;
+}
+
+bool ready(int fd, short events) {
+    struct pollfd polled = {fd, events, 0};
+    return poll(&polled, 1, 0) > 0;
 }
 
 // ---- BMC clients ----
 
-static void queueAnswer(Server& server, BmcClient& client, const Wire& wire) {
+void queueAnswer(Server& server, BmcClient& client, const Wire& wire) {
     const int64_t now = server.bmc.ledger.nowMs;
     int64_t due = now + wire.delayMs;
     if (server.bmc.faults.delayMs > 0) {
@@ -37,20 +55,24 @@ static void queueAnswer(Server& server, BmcClient& client, const Wire& wire) {
         client.queue.push_back({due, wire.bytes, wire.close});
 }
 
-static void readFrames(Server& server, BmcClient& client, const uint8_t* bytes, size_t size) {
-    FrameSink sink;
-    sink.message = [&](const Message& request) {
-        if (!client.closing)
-            queueAnswer(server, client, handleRequest(server.bmc, client.session, request));
-    };
-    sink.control = [&](const Bytes& control) {
-        trace(server.bmc.ledger, "control command " + hexText(control));
-    };
-    sink.garbage = [&](const std::string& why) { badFrame(server.bmc, why); };
-    feedFrames(client.reader, bytes, size, sink);
+void readClient(Server& server, BmcClient& client) {
+    const auto bytes = readSome(client.socket.get());
+    if (!bytes) {
+        client.dead = true;
+        return;
+    }
+    const auto* data = reinterpret_cast<const uint8_t*>(bytes->data());
+    for (const Frame& frame : feedFrames(client.reader, data, bytes->size())) {
+        if (frame.message && !client.closing)
+            queueAnswer(server, client, serveRequest(server.bmc, client.session, *frame.message));
+        if (!frame.control.empty())
+            trace(server.bmc.ledger, "control command " + hexText(frame.control));
+        if (!frame.garbage.empty())
+            complain(server.bmc.ledger, "bad frame: " + frame.garbage);
+    }
 }
 
-static void releaseDue(BmcClient& client, int64_t now) {
+void releaseDue(BmcClient& client, int64_t now) {
     for (auto entry = client.queue.begin(); entry != client.queue.end() && !client.closing;) {
         if (entry->dueMs > now) {
             ++entry; // a late answer does not hold up the ones after it
@@ -62,71 +84,50 @@ static void releaseDue(BmcClient& client, int64_t now) {
     }
 }
 
-static void readClient(Server& server, BmcClient& client) {
-    uint8_t buffer[4096];
-    const ssize_t count = read(client.socket.get(), buffer, sizeof buffer);
-    if (count > 0)
-        readFrames(server, client, buffer, static_cast<size_t>(count));
-    else if (count == 0 || (errno != EAGAIN && errno != EINTR))
-        client.dead = true;
-}
-
-static void writeClient(BmcClient& client) {
-    if (!client.out.empty()) {
-        const ssize_t count =
-            send(client.socket.get(), client.out.data(), client.out.size(), MSG_NOSIGNAL);
-        if (count > 0)
-            client.out.erase(client.out.begin(), client.out.begin() + count);
-        else if (errno != EAGAIN && errno != EINTR)
-            client.dead = true;
-    }
-    if (client.out.size() > MAX_BACKLOG || client.queue.size() > MAX_QUEUE ||
-        (client.closing && client.out.empty()))
-        client.dead = true;
-}
-
-static void acceptBmcClient(Server& server, int listener) {
-    Descriptor socket = acceptClient(listener);
-    if (socket.get() < 0 || server.clients.size() >= MAX_CLIENTS)
-        return; // closes it
-    BmcClient client;
-    client.socket = std::move(socket);
-    client.session = newSession(server.bmc);
-    // A lone end mark first: it flushes what a predecessor left half-sent in the client.
-    client.out = {FRAME_MESSAGE_END, 0xFF, 0x01, FRAME_CONTROL_END};
-    server.clients.push_back(std::move(client));
+void flushClient(BmcClient& client, int64_t now) {
+    releaseDue(client, now);
+    const bool gone = !client.out.empty() && !writeSome(client.socket.get(), client.out);
+    client.dead = client.dead || gone || client.out.size() > MAX_BACKLOG ||
+                  client.queue.size() > MAX_QUEUE || (client.closing && client.out.empty());
 }
 
 // ---- control clients ----
 
-static void finishReply(ControlClient& control, const std::string& error) {
-    control.out += error.empty() ? "ok\n" : "error: " + error + "\n";
-}
-
 // Returns an error text, empty when it is done.
-static std::string perform(Server& server, Action action) {
+std::string perform(Server& server, Action action) {
     if (action == Action::DISCONNECT || action == Action::AWAY)
         for (BmcClient& client : server.clients)
             client.dead = true;
-    std::string error;
-    for (Listener& listener : server.bmcListeners) {
-        if (action == Action::AWAY)
-            closeListener(listener);
-        if (action == Action::BACK && listener.socket.get() < 0)
-            openListener(listener, error);
-    }
-    if (action == Action::QUIT)
-        server.quit = true;
-    return error;
+    if (action == Action::AWAY)
+        closeListener(server.bmcListener);
+    if (action == Action::BACK && server.bmcListener.socket.get() < 0)
+        return openListener(server.bmcListener);
+    server.quit = server.quit || action == Action::QUIT;
+    return "";
+}
+
+void finishReply(ControlClient& control, const std::string& error) {
+    control.out += error.empty() ? "ok\n" : "error: " + error + "\n";
+}
+
+// Returns false while a wait goes on.
+bool endWait(const Server& server, ControlClient& control) {
+    if (!control.wait)
+        return true;
+    const bool holds = control.wait->holds();
+    if (!holds && server.bmc.ledger.nowMs < control.wait->untilMs)
+        return false;
+    finishReply(control, holds ? "" : "timed out waiting for " + control.wait->text);
+    control.wait.reset();
+    return true;
 }
 
 // Carries out the lines that have arrived, up to one that waits.
-static void serveLines(Server& server, ControlClient& control) {
+void serveLines(Server& server, ControlClient& control) {
     size_t end = 0;
-    while (!control.wait && (end = control.in.find('\n')) != std::string::npos) {
-        const std::string line = control.in.substr(0, end);
+    while (endWait(server, control) && (end = control.in.find('\n')) != std::string::npos) {
+        Outcome outcome = runCommand(server.bmc, control.in.substr(0, end));
         control.in.erase(0, end + 1);
-        Outcome outcome = runCommand(server.bmc, line);
         for (const std::string& text : outcome.lines)
             control.out += text + "\n";
         if (outcome.error.empty())
@@ -137,135 +138,85 @@ static void serveLines(Server& server, ControlClient& control) {
     }
 }
 
-static void checkWait(Server& server, ControlClient& control) {
-    if (!control.wait)
-        return;
-    const bool holds = control.wait->holds(server.bmc);
-    if (!holds && server.bmc.ledger.nowMs < control.wait->untilMs)
-        return;
-    finishReply(control, holds ? "" : "timed out waiting for" + control.wait->text);
-    control.wait.reset();
+void flushControl(Server& server, ControlClient& control) {
     serveLines(server, control);
-}
-
-static void readControl(Server& server, ControlClient& control) {
-    char buffer[4096];
-    const ssize_t count = read(control.input, buffer, sizeof buffer);
-    if (count > 0) {
-        control.in.append(buffer, static_cast<size_t>(count));
-        serveLines(server, control);
-    } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
-        control.ended = true;
-        if (!control.in.empty() && control.in.back() != '\n')
-            control.in += '\n'; // a last line without an end
-        serveLines(server, control);
-    }
-    if (control.in.size() > MAX_LINE)
-        control.dead = true;
-}
-
-static void writeControl(ControlClient& control) {
-    if (control.out.empty())
-        return;
-    const ssize_t count =
-        write(control.output, control.out.data(), std::min(control.out.size(), STDOUT_STEP));
-    if (count > 0)
-        control.out.erase(0, static_cast<size_t>(count));
-    else if (errno != EAGAIN && errno != EINTR)
-        control.dead = true;
-}
-
-static void acceptControl(Server& server, int listener) {
-    ControlClient control;
-    control.socket = acceptClient(listener);
-    if (control.socket.get() < 0 || server.controls.size() >= MAX_CLIENTS)
-        return;
-    control.input = control.output = control.socket.get();
-    server.controls.push_back(std::move(control));
+    while (!control.dead && !control.out.empty() && ready(control.output, POLLOUT))
+        control.dead = !writeSome(control.output, control.out);
+    control.dead = control.dead || (control.ended && !control.wait && control.out.empty());
 }
 
 // ---- the loop ----
 
-static void dropDead(Server& server) {
-    const auto dead = [](const BmcClient& client) { return client.dead; };
-    server.clients.erase(std::remove_if(server.clients.begin(), server.clients.end(), dead),
-                         server.clients.end());
-    server.bmc.clients = server.clients.size();
-    const auto done = [](const ControlClient& control) {
-        return control.dead || (control.ended && !control.wait && control.out.empty());
-    };
-    server.controls.erase(std::remove_if(server.controls.begin(), server.controls.end(), done),
-                          server.controls.end());
+// Everything that may be read from or written to, or that asks to be let in.
+std::vector<struct pollfd> watched(const Server& server) {
+    std::vector<struct pollfd> polled = {{server.bmcListener.socket.get(), POLLIN, 0},
+                                         {server.controlListener.socket.get(), POLLIN, 0}};
+    for (const BmcClient& client : server.clients) {
+        const short events = client.out.empty() ? POLLIN : POLLIN | POLLOUT;
+        polled.push_back({client.socket.get(), events, 0});
+    }
+    for (const ControlClient& control : server.controls) {
+        polled.push_back({control.ended ? -1 : control.input, POLLIN, 0});
+        polled.push_back({control.out.empty() ? -1 : control.output, POLLOUT, 0});
+    }
+    return polled;
 }
 
-// Milliseconds until something is due without any input, -1 when nothing is.
-static int64_t nextDue(const Server& server) {
-    int64_t due = INT64_MAX;
+// Milliseconds until something is due without any input.
+int64_t nextDue(const Server& server) {
+    const int64_t now = server.bmc.ledger.nowMs;
+    int64_t due = now + MAX_SLEEP_MS;
     for (const BmcClient& client : server.clients)
         for (const Outgoing& answer : client.queue)
             due = std::min(due, answer.dueMs);
     for (const ControlClient& control : server.controls)
         if (control.wait)
-            due = std::min({due, control.wait->untilMs, server.bmc.ledger.nowMs + WAIT_TICK_MS});
-    return due == INT64_MAX ? -1 : std::max<int64_t>(0, due - server.bmc.ledger.nowMs);
+            due = std::min({due, control.wait->untilMs, now + WAIT_TICK_MS});
+    return std::max<int64_t>(0, due - now);
 }
 
-static std::vector<struct pollfd> watched(const Server& server) {
-    std::vector<struct pollfd> polled;
-    const auto add = [&](int fd, bool in, bool out) {
-        const auto events = static_cast<short>((in ? POLLIN : 0) | (out ? POLLOUT : 0));
-        polled.push_back({events != 0 ? fd : -1, events, 0});
-    };
-    for (const Listener& listener : server.bmcListeners)
-        add(listener.socket.get(), true, false);
-    for (const Listener& listener : server.controlListeners)
-        add(listener.socket.get(), true, false);
-    for (const BmcClient& client : server.clients)
-        add(client.socket.get(), true, !client.out.empty() || client.closing);
-    for (const ControlClient& control : server.controls) {
-        add(control.input, !control.ended && !control.dead, false);
-        add(control.output, false, !control.out.empty());
-    }
-    return polled;
-}
-
-static void serveEvents(Server& server, const std::vector<struct pollfd>& polled) {
-    size_t at = server.bmcListeners.size() + server.controlListeners.size();
+void readAll(Server& server) {
     for (BmcClient& client : server.clients)
-        if (polled[at++].revents != 0)
-            readClient(server, client);
+        readClient(server, client);
     for (ControlClient& control : server.controls) {
-        if (polled[at++].revents != 0)
-            readControl(server, control);
-        at++; // output is tried below in any case
+        if (control.ended || !ready(control.input, POLLIN)) // standard input may block
+            continue;
+        const auto text = readSome(control.input);
+        control.ended = !text;
+        control.in += text.value_or("");
     }
-    at = 0;
-    for (const Listener& listener : server.bmcListeners)
-        if (polled[at++].revents != 0)
-            acceptBmcClient(server, listener.socket.get());
-    for (const Listener& listener : server.controlListeners)
-        if (polled[at++].revents != 0)
-            acceptControl(server, listener.socket.get());
+    Descriptor client = acceptClient(server.bmcListener);
+    if (client.get() >= 0)
+        server.clients.push_back({std::move(client), newSession(server.bmc)});
+    Descriptor control = acceptClient(server.controlListener);
+    const int fd = control.get();
+    if (fd >= 0)
+        server.controls.push_back({std::move(control), fd, fd});
 }
 
-static bool writable(int fd) {
-    struct pollfd polled = {fd, POLLOUT, 0};
-    return poll(&polled, 1, 0) > 0;
+void flushAll(Server& server) {
+    for (BmcClient& client : server.clients)
+        flushClient(client, server.bmc.ledger.nowMs);
+    for (ControlClient& control : server.controls)
+        flushControl(server, control);
 }
 
-static void flush(Server& server) {
-    for (BmcClient& client : server.clients) {
-        releaseDue(client, server.bmc.ledger.nowMs);
-        writeClient(client);
-    }
-    for (ControlClient& control : server.controls) {
-        checkWait(server, control);
-        while (!control.dead && !control.out.empty() && writable(control.output))
-            writeControl(control);
-    }
+template <typename Clients>
+void dropDead(Clients& clients) {
+    const auto dead = [](const auto& client) { return client.dead; };
+    clients.erase(std::remove_if(clients.begin(), clients.end(), dead), clients.end());
+}
+
+} // namespace
+
+int64_t monotonicMs() {
+    struct timespec now = {};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
 }
 
 void runServer(Server& server, volatile const int* stop) {
+    signal(SIGPIPE, SIG_IGN);
     sigset_t open;
     sigprocmask(SIG_BLOCK, nullptr, &open);
     sigdelset(&open, SIGINT);
@@ -274,14 +225,15 @@ void runServer(Server& server, volatile const int* stop) {
         std::vector<struct pollfd> polled = watched(server);
         const int64_t due = nextDue(server);
         const struct timespec timeout = {due / 1000, (due % 1000) * 1000000};
-        const int ready = ppoll(polled.data(), polled.size(), due < 0 ? nullptr : &timeout, &open);
+        ppoll(polled.data(), static_cast<nfds_t>(polled.size()), &timeout, &open);
         server.bmc.ledger.nowMs = monotonicMs();
-        if (ready > 0)
-            serveEvents(server, polled);
-        flush(server);
-        dropDead(server);
+        readAll(server);
+        flushAll(server);
+        dropDead(server.clients);
+        dropDead(server.controls);
+        server.bmc.clients = server.clients.size();
     }
-    flush(server);
+    flushAll(server);
     server.clients.clear();
     server.controls.clear();
 }

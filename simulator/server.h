@@ -5,6 +5,8 @@
 #include "control.h"
 #include "sockets.h"
 
+#include <deque>
+
 namespace bmcsim {
 
 struct Outgoing {
@@ -15,10 +17,10 @@ struct Outgoing {
 
 struct BmcClient {
     Descriptor socket;
-    FrameReader reader;
     Session session;
-    std::deque<Outgoing> queue; // answers whose time has not come
-    Bytes out;
+    FrameReader reader = {};
+    std::deque<Outgoing> queue = {}; // answers whose time has not come
+    Bytes out = encodeHello();
     bool closing = false; // once `out` is sent
     bool dead = false;
 };
@@ -27,16 +29,16 @@ struct ControlClient {
     Descriptor socket;
     int input = -1;
     int output = -1;
-    std::string in, out;
-    std::optional<PendingWait> wait;
+    std::string in = {}, out = {};
+    std::optional<PendingWait> wait = {};
     bool ended = false; // no more input
     bool dead = false;
 };
 
 struct Server {
     Bmc bmc;
-    std::vector<Listener> bmcListeners;
-    std::vector<Listener> controlListeners;
+    Listener bmcListener;
+    Listener controlListener; // without a path there is none
     std::vector<BmcClient> clients;
     std::vector<ControlClient> controls;
     int64_t busyUntilMs = 0; // with a delay for all, the BMC serves one request after another
@@ -44,7 +46,7 @@ struct Server {
 };
 
 // Runs until `quit` or until a signal set `*stop`, then ends all connections. SIGINT and SIGTERM
-// must be blocked by the caller; they are let in only where the loop waits.
+// must be blocked by the caller; they are let in only where the loop waits. Ignores SIGPIPE.
 void runServer(Server& server, volatile const int* stop);
 int64_t monotonicMs();
 

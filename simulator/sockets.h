@@ -1,4 +1,4 @@
-// Descriptors and sockets of the simulator. Everything listens on a Unix path or on loopback.
+// Descriptors and Unix sockets of the simulator.
 #pragma once
 
 #include <string>
@@ -27,24 +27,20 @@ class Descriptor {
     int fd = -1;
 };
 
-// Listen without blocking; -1 inside and `error` set when that fails. A path left by a dead
-// process is taken over, a path where somebody answers is not. Port 0 picks a free port, which
-// comes back in `port`.
-Descriptor listenUnix(const std::string& path, std::string& error);
-Descriptor listenLoopback(int& port, std::string& error);
+// -1 inside and errno when that fails.
 Descriptor connectUnix(const std::string& path);
 
-// One place to listen: a Unix path, or a loopback port when the path is empty.
 struct Listener {
     std::string path;
-    int port = 0;
     Descriptor socket;
 };
-bool openListener(Listener& listener, std::string& error);
+// Listens, not blocking. A path left by a dead process is taken over, a path where somebody answers
+// is not. Returns an error text, empty when all is well.
+std::string openListener(Listener& listener);
 // Nobody can connect any more; the path is removed.
 void closeListener(Listener& listener);
 
 // Accepts one connection, not blocking; -1 inside when there is none.
-Descriptor acceptClient(int listener);
+Descriptor acceptClient(const Listener& listener);
 
 } // namespace bmcsim

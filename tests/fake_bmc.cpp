@@ -41,8 +41,8 @@ FakeBmc::FakeBmc() {
         throw std::runtime_error("fake BMC: no folder or pipe");
     m_folder = folder;
     m_listener.path = m_folder + "/bmc";
-    std::string error;
-    if (!bmcsim::openListener(m_listener, error))
+    const std::string error = bmcsim::openListener(m_listener);
+    if (!error.empty())
         throw std::runtime_error("fake BMC: " + error);
     setenv("VYN_SIM_BMC", m_listener.path.c_str(), 1);
     m_thread = std::thread(&FakeBmc::serve, this);
@@ -88,11 +88,12 @@ std::vector<FakeBmc::Upload> FakeBmc::uploads() const {
     session.strict = true;
     std::vector<Upload> values;
     for (const Bytes& chunk : sent(0x06, 0x58)) {
-        bmcsim::Completed value;
-        if (setParameter(parameters, session, ledger, chunk, false, value) != 0)
+        const auto [code, value] = setParameter(parameters, session, ledger, chunk, false);
+        if (code != 0)
             values.push_back({-1, -1, "a chunk that does not fit: " + bmcsim::hexText(chunk)});
-        else if (value.selector != 0)
-            values.push_back({value.selector, value.selector < 207 ? -1 : value.index, value.text});
+        else if (value)
+            values.push_back(
+                {value->selector, value->selector < 207 ? -1 : value->index, value->text});
     }
     if (!session.pending.empty())
         values.push_back({-1, -1, "a value without its end"});
@@ -118,24 +119,25 @@ bool FakeBmc::waitUntil(const std::function<bool()>& condition) {
 
 void FakeBmc::serve() {
     while (readable(m_listener.socket.get(), m_stop[0])) {
-        const bmcsim::Descriptor client = bmcsim::acceptClient(m_listener.socket.get());
+        const bmcsim::Descriptor client = bmcsim::acceptClient(m_listener);
         const auto write = [&](const Bytes& frame) {
             ::send(client.get(), frame.data(), frame.size(), MSG_NOSIGNAL);
         };
-        write({bmcsim::FRAME_MESSAGE_END, 0xFF, 0x01, bmcsim::FRAME_CONTROL_END});
-        const bmcsim::FrameSink sink{[&](Request message) {
-                                         message.data = respond(message);
-                                         m_answered.notify_all();
-                                         message.netFn++;
-                                         write(encodeMessage(message));
-                                     },
-                                     [](const Bytes&) {}, [](const std::string&) {}};
+        write(bmcsim::encodeHello());
         bmcsim::FrameReader reader;
         std::uint8_t bytes[256];
         ssize_t count = 0;
         while (readable(client.get(), m_stop[0]) &&
                (count = read(client.get(), bytes, sizeof bytes)) > 0)
-            feedFrames(reader, bytes, static_cast<std::size_t>(count), sink);
+            for (const auto& frame : feedFrames(reader, bytes, static_cast<std::size_t>(count))) {
+                if (!frame.message)
+                    continue;
+                Request message = *frame.message;
+                message.data = respond(message);
+                m_answered.notify_all();
+                message.netFn++;
+                write(encodeMessage(message));
+            }
     }
 }
 

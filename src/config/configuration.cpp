@@ -5,9 +5,13 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
 #include <libconfig.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-const char* const ini_file = "/opt/norvik/vyn.ini";
+const char* const ini_file = VYN_FOLDER "/vyn.ini";
 
 std::atomic<int> updateSec{0};
 int nicStatusSel = 1;
@@ -60,10 +64,10 @@ void addBool(config_setting_t* group, const char* name, int value) {
 void addDefaults(config_t& cfg) {
     config_setting_t* root = config_root_setting(&cfg);
     config_setting_t* group = config_setting_add(root, "Path", CONFIG_TYPE_GROUP);
-    addString(group, "installedPath", "/opt/norvik");
-    addString(group, "logPath", "/opt/norvik/vyn.log");
-    addString(group, "errlogPath", "/opt/norvik/vyn.err.log");
-    addString(group, "commandlogPath", "/opt/norvik/vyn.com.log");
+    addString(group, "installedPath", VYN_FOLDER);
+    addString(group, "logPath", log_file);
+    addString(group, "errlogPath", VYN_FOLDER "/vyn.err.log");
+    addString(group, "commandlogPath", VYN_FOLDER "/vyn.com.log");
 
     group = config_setting_add(root, "Config", CONFIG_TYPE_GROUP);
     config_setting_t* freq = config_setting_add(group, "updateFreq", CONFIG_TYPE_INT);
@@ -90,12 +94,41 @@ std::string configurationText(config_t& cfg) {
     return copy;
 }
 
-// The library's own writing of a file takes a full disk for success and leaves the file cut.
+// Where the file really stands: links are followed, one that leads nowhere too.
+std::filesystem::path configurationPath() {
+    std::filesystem::path path = ini_file;
+    std::error_code error;
+    for (int links = 0; links < 8 && std::filesystem::is_symlink(path, error); ++links)
+        path = path.parent_path() / std::filesystem::read_symlink(path, error);
+    return path;
+}
+
+// Gives the open file the mode and, where this user may, the owner of the one that it will replace.
+bool takeOver(int fd, const char* replaced) {
+    struct stat status {};
+    if (stat(replaced, &status) != 0)
+        return true;
+    (void)!fchown(fd, status.st_uid, status.st_gid);
+    return fchmod(fd, status.st_mode & 07777) == 0;
+}
+
+bool writeSynced(const char* path, const char* replaced, const std::string& text) {
+    const int fd = open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd == -1)
+        return false;
+    const bool written = takeOver(fd, replaced) &&
+                         write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+                         fsync(fd) == 0;
+    return close(fd) == 0 && written;
+}
+
+// Beside the old file, synced and renamed: a full disk or a crash leaves the old one whole. (The
+// library's own writing takes a full disk for success and leaves the file cut.)
 bool writeConfiguration(config_t& cfg) {
-    const std::string beside = std::string(ini_file) + ".new";
+    const std::string path = configurationPath(), beside = path + ".new";
     const std::string text = configurationText(cfg);
-    if (!text.empty() && writeFile(beside.c_str(), "w", text) &&
-        std::rename(beside.c_str(), ini_file) == 0)
+    if (!text.empty() && writeSynced(beside.c_str(), path.c_str(), text) &&
+        std::rename(beside.c_str(), path.c_str()) == 0)
         return true;
     std::remove(beside.c_str());
     std::fputs("Error while writing file.\n", stderr);

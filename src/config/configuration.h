@@ -17,6 +17,7 @@ extern std::string raidCards; // pattern of RAID card names; the script reads it
 // tell). updateSec is clamped to 1..60.
 int initIni();
 
-// Sets updateSec to `seconds`, clamped to 1..60, and updateFreq in the file when that can be read;
-// a failed write prints "Error while writing file." to standard error.
+// Sets updateSec to `seconds`, clamped to 1..60, and updateFreq in the file when that can be read:
+// a link is followed, mode and owner stay. A failed write prints "Error while writing file." to
+// standard error.
 void setUpdateFreq(int seconds);

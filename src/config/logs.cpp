@@ -3,14 +3,14 @@
 #include <cstdio>
 #include <ctime>
 
-const char* const log_file = "/opt/norvik/vyn.log";
-const char* const hdd_file = "/opt/norvik/vyn.hdd.ini";
-const char* const time_file = "/opt/norvik/starttime.log";
+const char* const log_file = VYN_FOLDER "/vyn.log";
+const char* const hdd_file = VYN_FOLDER "/vyn.hdd.ini";
+const char* const time_file = VYN_FOLDER "/starttime.log";
 
 namespace {
 
-constexpr const char* ERROR_LOG_NAME = "/opt/norvik/vyn.err.log-%Y%m%d";
-constexpr const char* COMMAND_LOG_NAME = "/opt/norvik/vyn.com.log-%Y%m%d";
+constexpr const char* ERROR_LOG_NAME = VYN_FOLDER "/vyn.err.log-%Y%m%d";
+constexpr const char* COMMAND_LOG_NAME = VYN_FOLDER "/vyn.com.log-%Y%m%d";
 constexpr const char* TIME_FORMAT = "%Y/%m/%d %H:%M:%S";
 
 std::string localTime(const std::tm& now, const char* format) {

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#define VYN_FOLDER "/opt/norvik" // where all files of the agent live
+
 extern const char* const log_file;  // main log: the values of the latest monitor cycle
 extern const char* const hdd_file;  // drive map: serial number and slot of each drive
 extern const char* const time_file; // start time of the service

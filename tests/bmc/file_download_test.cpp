@@ -1,7 +1,7 @@
 #include "bmc/file_download.h"
 
 #include "bmc_test.h"
-#include "simulator/oem_files.h"
+#include "simulator/oem.h"
 
 namespace {
 
@@ -28,12 +28,8 @@ class DownloadTest : public BmcTest {
         bmc->forget();
         files.offered[id] = {content, told, 0};
         bmc->handle(0x30, 0xA0, [this, refused](const auto& request) {
-            Bytes answer;
-            const std::uint8_t code = request.data.at(0) == refused
-                                          ? bmcsim::CC_INVALID_COMMAND
-                                          : fileCommand(files, ledger, request.data, answer);
-            answer.insert(answer.begin(), code);
-            return answer;
+            return request.data.at(0) == refused ? Bytes{bmcsim::CC_INVALID_COMMAND}
+                                                 : fileCommand(files, ledger, request.data);
         });
     }
     std::vector<Bytes> sent() const {

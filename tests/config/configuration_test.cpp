@@ -1,10 +1,9 @@
 #include "config/configuration.h"
 #include "config/logs.h"
 #include "sandbox.h"
-#include "state/flags.h"
 
 #include <gtest/gtest.h>
-#include <sys/shm.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -71,31 +70,22 @@ TEST(Configuration, ReadingClampingAndRewriting) {
     EXPECT_EQ(raidCards, "9361|3108");
 }
 
-TEST(Flags, ReadWriteAndMissingSegments) {
+// A new period: a link stays one, and the file behind it keeps its mode.
+TEST(Configuration, RewritingThePeriod) {
     if (!enterSandbox())
         GTEST_SKIP() << SANDBOX_DENIED;
-    EXPECT_EQ(getStopFlag(), 1) << "a missing segment reads 1";
-    setStopFlag(0);
-    setPauseFlag(0);
-    setCurPauseFlag(0);
-    EXPECT_EQ(getStopFlag() + getPauseFlag() + getCurPauseFlag(), 0);
-    setPauseFlag(1);
-    EXPECT_EQ(getCurPauseFlag(), 1);
-    setPauseFlag(0);
-    EXPECT_EQ(getCurPauseFlag(), 1) << "clearing pause leaves current pause";
-    setPauseFlag(-2);
-    EXPECT_EQ(getPauseFlag(), -2);
-
-    shmid_ds segment{};
-    for (int i = 0; i < 1000; ++i)
-        setPauseFlag(i & 1);
-    ASSERT_EQ(shmctl(pause_shm->shm_id, IPC_STAT, &segment), 0);
-    EXPECT_EQ(segment.shm_nattch, 1u) << "attachments do not pile up";
-    EXPECT_EQ(segment.shm_perm.mode & 0777, 0666);
-
-    shmctl(pause_shm->shm_id, IPC_RMID, nullptr);
-    setPauseFlag(0);
-    EXPECT_EQ(getPauseFlag(), 0) << "a removed segment is made anew";
-    removeHeldFlags();
-    EXPECT_EQ(getPauseFlag(), 1);
+    const char* const target = "/opt/norvik/elsewhere.ini";
+    for (const bool linked : {false, true}) {
+        std::remove(ini_file);
+        writeFile(linked ? target : ini_file, "w", withFreq("7") + "Other = 3;\n");
+        ASSERT_TRUE(!linked || symlink("elsewhere.ini", ini_file) == 0);
+        ASSERT_EQ(chmod(ini_file, 0640), 0);
+        setUpdateFreq(90);
+        struct stat status {};
+        ASSERT_EQ(lstat(ini_file, &status), 0);
+        EXPECT_EQ(S_ISLNK(status.st_mode), linked);
+        ASSERT_EQ(stat(ini_file, &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, 0640U);
+        EXPECT_EQ(fileText(ini_file), "Config : \n{\n  updateFreq = 60;\n};\nOther = 3;\n");
+    }
 }

@@ -4,7 +4,7 @@
 # shellcheck source=tests/daemon.sh
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
-[ $# -ne 0 ] || scenarios life "$source/hosts/freebsd-10.1"
+[ $# -ne 0 ] || scenarios 'life silent' "$source/hosts/freebsd-10.1"
 
 # expect WHAT STATUS OUTPUT COMMAND...: exit status and standard output of a command
 expect() {
@@ -20,6 +20,21 @@ started() { # a daemon that has reported once
     agent start-service >/dev/null && bmc wait 20 show agent running && bmc wait 30 next 202
 }
 
+if [ "$1" = silent ]; then
+    export VYN_SIM_TIMEOUT_MS=1000000 # a driver that never answers for its BMC
+    printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
+    check 'start' started
+    bmc fault all silent
+    check 'requests under way' bmc wait 20 quiet 1500
+    began=$(date +%s)
+    agent stop-service >"$work/reply" 2>"$work/stderr" || fail 'status of the stop'
+    check 'the stop ends' grep -qx 'close done' "$work/reply"
+    check 'it tells of the BMC' grep -qx 'BMC not reached' "$work/stderr"
+    check 'end with a silent BMC' ended 15
+    [ $(($(date +%s) - began)) -le 16 ] || fail "the stop took $(($(date +%s) - began)) s"
+    exit "$failed"
+fi
+
 expect 'usage without arguments' 31 "$(agent nonsense)" "$build/IPMIVYN-sim"
 [ "$(agent nonsense | wc -l)" -eq 20 ] || fail 'usage lines'
 expect 'usage for another first word' 31 "$(agent nonsense)" "$build/IPMIVYN-sim" -Agent version
@@ -33,7 +48,19 @@ done
 
 printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
 printf '99999999\nold\n' >/var/run/vyn.pid
-check 'start' started
+# Of several starts at once one makes the service; whatever merely names it does not count.
+sh -c 'sleep 30; : IPMIVYN' &
+for n in 1 2 3 4; do
+    agent start-service >"$work/start.$n" 2>&1 &
+    agent status >/dev/null &
+done
+check 'start' bmc wait 20 show agent running
+# shellcheck disable=SC2046
+[ "$(cat "$work"/start.* | sort -u | tr -d '0-9')" = 'Child process created: 
+service existed' ] || fail "starts at once: $(cat "$work"/start.*)"
+# shellcheck disable=SC2009
+[ "$(ps -x | grep -c '[I]PMIVYN-sim -agent start-service')" -eq 1 ] || fail 'services after starts at once'
+check 'its cycle' bmc wait 30 next 202
 expect 'status while running' 0 'VYN is running' agent status
 expect 'a second start' 1 'service existed' agent start-service
 check 'its error line' error_line '   service existed'

@@ -6,23 +6,20 @@ namespace {
 
 TEST(BmcsimFunctions, WhatAClientIsAnswered) {
     Bench().playAll(R"(
-= the event log, as an ordinary client reads and clears it
+= the event log, as an ordinary client reads it
 !clock 1700000000
-!capacity 3
 0A/43 00 00 00 00 00 FF -> CB
 04/02 41 04 D0 FF 6F A1 01 FF -> 00
 04/02 41 04 D0 FF 6F A1 02 FF -> 00
 +2500
-0A/44 00 00 02 00 00 00 00 41 00 04 07 01 6F 01 02 03 -> 00 03 00
-04/02 41 04 D0 FF 6F A1 03 FF -> C4
-0A/40 -> 00 51 03 00 00 00 02 F1 53 65 00 00 00 00 8B
+04/02 41 04 07 01 6F 01 02 03 -> 00
+0A/40 -> 00 51 03 00 D0 FF 02 F1 53 65 00 00 00 00 00
 0A/43 00 00 00 00 00 FF -> 00 02 00 01 00 02 00 F1 53 65 41 00 04 D0 FF 6F A1 01 FF
 0A/43 00 00 FF FF 00 FF -> 00 FF FF 03 00 02 02 F1 53 65 41 00 04 07 01 6F 01 02 03
-0A/42 -> 00 01 00
-0A/43 01 00 02 00 0A 03 -> 00 03 00 D0 FF 6F
-0A/47 02 00 43 4C 52 AA -> C5
-0A/47 01 00 43 4C 52 AA -> 00 01
+0A/43 00 00 02 00 00 FF -> 00 03 00 02 00 02 00 F1 53 65 41 00 04 D0 FF 6F A1 02 FF
+!sel clear
 0A/43 00 00 00 00 00 FF -> CB
+0A/40 -> 00 51 00 00 FF FF 02 F1 53 65 02 F1 53 65 00
 = events
 04/02 41 04 0D FF 70 A1 13 FF -> 00
 04/02 41 04 0D 5F F0 A7 03 3C -> 00
@@ -49,8 +46,15 @@ TEST(BmcsimFunctions, WhatAClientIsAnswered) {
 06/58 C0 10 00 00 00 00 00 -> C1
 06/58 C0 10 00 00 00 00 00 -> 00
 !answer 0A/48 00 01
+!fault 0A/40 short 3
+!fault 0A/43 long 4 1
+!fault all silent 1
 0A/48 -> 00 01
 0A/48 -> D2
+0A/40 -> 00 51 00
+0A/43 -> C7 EE EE EE
+0A/43 -> 
+0A/43 -> C7
 )");
 }
 

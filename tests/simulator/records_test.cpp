@@ -17,10 +17,10 @@ TEST(BmcsimRecords, GrammarOfEverySelector) {
         {192, "n/a", ""},
         {192, "FreeBSD", "ends with"},
         {195, "1;02:11:22:33:44:55;em0;N/A;::1;N/A;N/A;h;N/A;0;card;down;", ""},
-        {195, "1;02:11:22:33:44:55;em0;N/A;::1;N/A;N/A;h;N/A;0;card;", "11 fields"},
-        {195, "1;02:11:22:33:44:55;em0;;::1;N/A;N/A;h;N/A;0;card;up;", "field 3 is empty"},
+        {195, "1;02:11:22:33:44:55;em0;N/A;::1;N/A;N/A;h;N/A;0;card;", "tag and separators"},
+        {195, "1;02:11:22:33:44:55;em0;;::1;N/A;N/A;h;N/A;0;card;up;", "field 3 (IPv4) is"},
         {195, "1;02:11:22:33:44:5G;em0;N/A;::1;N/A;N/A;h;N/A;0;card;up;", "MAC"},
-        {195, "1;02:11:22:33:44:55;em0;N/A;::1;N/A;N/A;h;N/A;0;card;UP;", "neither"},
+        {195, "1;02:11:22:33:44:55;em0;N/A;::1;N/A;N/A;h;N/A;0;card;UP;", "(link)"},
         {197, "37.5;", "whole"},
         {199, "HD;/dev/ada0;OK:S:F;19;", "tag and separators"},
         {199, "HD;/dev/ada0:Good:S:F;19;", "health"},
@@ -35,8 +35,8 @@ TEST(BmcsimRecords, GrammarOfEverySelector) {
         {202, "123", "not 4 bytes"},
         {204, "1.7.0;220503;0x01;2;;;;;;", ""}, // four time bytes that are ";"
         {204, "1.7.0;220503;0x01;3;abcd;", "no agent"},
-        {206, nvme.substr(0, nvme.size() - 6), "18 fields"},
-        {206, nvme.substr(0, nvme.size() - 5) + ":;", "field 18"},
+        {206, nvme.substr(0, nvme.size() - 6), "tag and separators"},
+        {206, nvme.substr(0, nvme.size() - 3) + ";", "field 18 (serial)"},
         {192, std::string(200000, 'x') + ";", "bytes long"},
     };
     for (const auto& row : cases) {

@@ -26,10 +26,10 @@ TEST(BmcsimUploads, ChunksThatDoNotAddUp) {
 06/58 C0 10 21 00 20 00 01 3B -> C9 ? without a beginning
 = a gap
 06/58 C0 10 61 00 00 00 20 FULL -> 00
-06/58 C0 10 61 00 40 00 20 FULL -> C9 ? offset 64 instead of 32
+06/58 C0 10 61 00 40 00 20 FULL -> C9 ? offset 64 of 97, index 0, instead of 32 at 32
 = another total
 06/58 C0 10 21 00 00 00 20 FULL -> 00
-06/58 C0 10 22 00 20 00 02 58 3B -> C9 ? total length was 33, is 34
+06/58 C0 10 22 00 20 00 02 58 3B -> C9 ? of 34, index 0, instead of 1 at 32 of 33
 = begun anew
 06/58 C0 10 21 00 00 00 20 FULL -> 00
 06/58 C0 10 02 00 00 00 02 58 3B -> 00 ? a new value begins after 32 of 33
@@ -74,6 +74,8 @@ TEST(BmcsimUploads, ListsAndCommandsInOrder) {
         {"2iiii", "more items than the 2 announced", 2},
         {"2dii2ii", "", 2}, // a refused item was sent all the same
         {"2iBi2i2ii", "1 of 2 items came before the next count", 2},
+        {"3iB2ii", "", 2},   // what the BMC has forgotten is owed no more
+        {"3ic0e2ii", "", 2}, // nor is what a clear came upon
         {"3ic0iie3ii3", "2 of 3 items came before the next count", 0},
         {"pofanrof", "", 1},
         {"pofaxyr", "", 1}, // the command was to clear everything
@@ -82,7 +84,7 @@ TEST(BmcsimUploads, ListsAndCommandsInOrder) {
         {"pofaYr", "result \"xey;1;;\"", 1},
         {"pofayR", "answer to index 5", 0},
         {"pofayrr", "an answer to no command", 1},
-        {"pofayNof", "", 0},     // the client died, its successor finds nothing
+        {"pofayNofa", "an answer to no command", 0}, // its client died: the command is gone
         {"pofaydrofayr", "", 1}, // a failed release: the command is still on offer
     };
     for (const auto& row : cases) {
@@ -106,8 +108,8 @@ TEST(BmcsimUploads, FetchesOfACommand) {
 06/59 10 CF 00 00 00 00 00 20 -> 00 11 00 00 00 00 00 00 00
 = wrong ones
 06/59 10 CF 00 00 00 FF 00 20 -> C7 ? wrong shape
-06/59 00 CF 00 00 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? fixed bytes
-06/59 10 CF 00 04 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? index 4 instead of 0
+06/59 00 CF 00 00 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? instead of 10 CF 00 00 00 00 00 20
+06/59 10 CF 00 04 00 00 00 20 -> 00 11 00 00 00 00 00 00 00 ? instead of 10 CF 00 00 00 00 00 20
 06/59 10 CF 00 00 00 40 00 20 -> C9 ? fetch at offset 64 of 0
 )");
 }

@@ -1,51 +1,47 @@
-// Lines of a storage script become items.
+// Records become items.
 #include "storage/storage_items.h"
 
-#include "fake_bmc.h"
+#include "system_info.h"
 
 #include <gtest/gtest.h>
 
-namespace {
-
-constexpr collector_texts TEXTS = {"label ->", "Items", "Item", "count ->", "item ->"};
-
-std::string lines(int number) {
-    return "i=0; while [ $i -lt " + std::to_string(number) + " ]; do echo L; i=$((i+1)); done";
-}
-
-TEST(storage_items, reading) {
+TEST(StorageItems, ArriveInPiecesUntilThePassIsFull) {
+    const std::string line(254, 'x');
     const struct {
-        std::string script, then;
-        script_result result;
-        int count, total;
+        int times;
+        std::string record;
+        int count, items;
         std::string last;
-        Bytes announced;
     } rows[] = {
-        {"exit 1", "printf '\\n1;2\\nrest'", script_result::printed, 2, 3, "rest", {2, 0}},
-        {"printf '%0254d\\n' 0", "printf '%0255d\\n' 0", script_result::printed, 2, 3, ";", {2, 0}},
-        {lines(255), "", script_result::nothing_printed, 255, 255, "L;", {0, 1}},
-        {lines(300), lines(300), script_result::printed, 257, 257, "L;", {2, 1}},
-        {"while :; do printf %0999d 0; done",
-         "",
-         script_result::nothing_printed,
-         0,
-         1024,
-         std::string(255, '0'),
-         {0, 0}},
+        {2, "x", 2, 2, "x;"},       {1, line, 1, 1, line + ";"},
+        {1, line + "x", 1, 2, ";"}, {255, "", 255, 255, ";"},
+        {300, "x", 256, 256, "x;"}, {300, std::string(2040, 'x'), 114, 1026, ";"},
     };
-    FakeBmc bmc;
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.script + " + " + row.then);
         storage_items items;
-        readItems(items, row.script.c_str(), TEXTS.label);
-        EXPECT_EQ(readItems(items, row.then.c_str(), TEXTS.label), row.result);
-        EXPECT_EQ(items.count, row.count);
-        EXPECT_EQ(items.total, row.total);
-        EXPECT_EQ(items.prev->parm, row.last);
-        uploadItemCount(items);
-        EXPECT_EQ(bmc.uploads().back(),
-                  (FakeBmc::Upload{198, -1, {row.announced.begin(), row.announced.end()}}));
+        for (int i = 0; i < row.times; ++i)
+            items.add(row.record);
+        int total = 0;
+        const list* last = nullptr;
+        for (const list* item = items.head(); item != nullptr; item = item->next, ++total)
+            last = item;
+        EXPECT_EQ(items.count(), row.count);
+        EXPECT_EQ(total, row.items);
+        EXPECT_EQ(last->no, row.count - 1);
+        EXPECT_EQ(last->parm, row.last);
+        EXPECT_EQ(items.allListed(drive_kind::it), row.times < 300);
     }
 }
 
-} // namespace
+TEST(StorageItems, AFullPassTakesOneRecordMore) {
+    storage_items items;
+    for (int i = 0; i < 300; ++i)
+        items.add("x");
+    EXPECT_TRUE(items.full());
+    items.allowOneMore();
+    for (int i = 0; i < 2; ++i)
+        items.add("y", false);
+    EXPECT_EQ(items.count(), 257);
+    EXPECT_FALSE(items.stateKnown(256));
+    EXPECT_FALSE(items.allListed(drive_kind::raid));
+}
