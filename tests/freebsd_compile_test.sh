@@ -34,12 +34,8 @@ clang++ -E -v -x c++ /dev/null 2>&1 >/dev/null |
 options() { # RELEASE
     echo "--target=x86_64-unknown-freebsd$1 -DDIALECT=$1 -D_XOPEN_SOURCE=700 -D_DEFAULT_SOURCE" \
         '-std=c++17 -Wall -Wextra -Wshadow -Wconversion -Werror -nostdinc -nostdinc++' \
-        "-I$source/tests/freebsd_headers -Isrc -I$work $(tr '\n' ' ' <"$work/system")"
+        "-I$source/tests/freebsd_headers -Isrc $(tr '\n' ' ' <"$work/system")"
 }
-# The declarations that the build makes of the scripts' texts.
-for name in $(xargs sed -n 's/^#include "\([a-z_]*_script\)\.h"$/\1/p' <"$work/files14" | sort -u); do
-    echo "extern const char ${name}[];" >"$work/$name.h"
-done
 find src simulator \( -name '*.cpp' -o -name '*.h' \) -exec sed -n '/^#include <[a-z_]*>$/p' {} + |
     sort -u >"$work/standard.h"
 precompile() { # RELEASE
