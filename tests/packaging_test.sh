@@ -112,6 +112,11 @@ expect 'what is installed' "$(sed 's/^@sample \([^ ]*\).*/\1/; s/\.8\.gz$/.8/; s
     "$(cd "$work/root" && find . \( -type f -o -type d -empty \) | sed 's/^\.//' | sort)"
 expect 'scripts that can be run' 2 "$(find "$work/root/usr/local/etc" -type f -perm -111 | wc -l | tr -d ' ')"
 
+# By its list of files, as operations.md says.
+: >"$work/root/opt/norvik/vyn.ini"
+sed "s|^|$work/root|" "$work/build/install_manifest.txt" | xargs rm
+expect 'what an uninstallation leaves' ./opt/norvik/vyn.ini "$(cd "$work/root" && find . -type f)"
+
 cat >"$work/old-c++" <<'OLD'
 #!/bin/sh
 case " $* " in *++17* | *++1z*) exit 1 ;; esac
