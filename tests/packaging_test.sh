@@ -92,7 +92,7 @@ while read -r enable days status left; do
     expect "periodic, $enable $days" "$status $left" "$? $(find "$work/logs" -type f | wc -l | tr -d ' ')"
 done <<'RUNS'
 yes 30 0 11
-YES 0 0 7
+YES 10 0 9
 no 30 0 15
 YES soon 2 15
 RUNS
