@@ -1,0 +1,7 @@
+// Read by this machine's <pthread.h>: a thread is a pointer.
+#pragma once
+#define pthread_t integer_thread
+#include_next <bits/pthreadtypes.h>
+#undef pthread_t
+
+typedef struct pthread* pthread_t;
