@@ -126,9 +126,10 @@ host)
     check 'the settings stay' grep -q 'updateFreq = 1;' /opt/norvik/vyn.ini
     over 'disk full' rm /opt/norvik/fill
 
+    unknown_disk() { bmc raw 199 && grep -q 'HD;/dev/ada0:N/A' "$work/reply"; }
     for limit in --nofile=6: --nproc=1:; do
         as_user prlimit --pid "$pid" "$limit"
-        check "$limit bites" bmc wait 60 equals 197 ''
+        check "$limit bites" until_true 60 unknown_disk
         check "$limit: cycles" cycles 60
         over "limit $limit" as_user prlimit --pid "$pid" "${limit%%=*}=200:"
     done
