@@ -14,7 +14,7 @@ printf 'half\n' >'tool_a%7Cb' && echo 'tool: device gone' >'tool_a%7Cb.stderr' &
 echo 'tool: no such thing' >tool_gone.stderr && echo 64 >tool_gone.rc
 # shellcheck disable=SC2016,SC2028 # expanded by the stand-in
 echo 'printf "live:%s\n" "$2"; exit 3' >tool_live_x.sh
-echo 0 >tool_silent.rc
+echo 0 >tool_silent.rc && : >tool_empty
 
 failed=0
 expect() { # label, status, stdout, stderr, then the arguments
@@ -33,6 +33,7 @@ expect 'bar, output, error and status' 5 'half' 'tool: device gone' 'a|b'
 expect 'error and status without output' 64 '' 'tool: no such thing' gone
 expect 'live stand-in' 3 'live:x' '' live x
 expect 'status alone' 0 '' '' silent
+expect 'nothing printed' 0 '' '' empty
 expect 'not recorded' 1 '' 'tool: nothing recorded for em9 down' em9 down
 echo 'every other' >tool.default
 expect 'default' 0 'every other' '' em9 down

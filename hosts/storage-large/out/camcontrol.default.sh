@@ -1,12 +1,11 @@
 [ "$1" = identify ] || exit 1
-cat <<END
-pass0: <Fabrikam FX2000 F2.4> ATA-9 SATA 3.x device
+printf 'pass0: <Fabrikam FX2000 F2.4> ATA-9 SATA 3.x device
 pass0: 600.000MB/s transfers (SATA 3.x, UDMA6, PIO 8192bytes)
 
 protocol              ATA/ATAPI-9 SATA 3.x
 device model          Fabrikam FX2000
 firmware revision     F2.4
-serial number         FX${2}L
+serial number         FX%sL
 cylinders             16383
 heads                 16
 sectors/track         63
@@ -29,4 +28,4 @@ microcode download             yes    yes
 security                       yes    no
 power management               yes    yes
 Data Set Management (DSM/TRIM) no
-END
+' "$2"

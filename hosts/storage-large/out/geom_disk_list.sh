@@ -1,8 +1,18 @@
 # 24 disks
-# shellcheck disable=SC2154 # out is set by the stand-in
 disk=0
 while [ "$disk" -lt 24 ]; do
-    set -- disk list "ada$disk"
-    . "$out/geom.default.sh"
+    printf 'Geom name: ada%d
+Providers:
+1. Name: ada%d
+   Mediasize: 2000398934016 (1.8T)
+   Sectorsize: 512
+   Mode: r1w1e2
+   descr: Fabrikam FX2000
+   ident: FXada%dL
+   rotationrate: 7200
+   fwsectors: 63
+   fwheads: 16
+
+' "$disk" "$disk" "$disk"
     disk=$((disk + 1))
 done

@@ -1,10 +1,9 @@
 # 140 drives in enclosures of 24
-cat <<END
-Avago Technologies SAS3 IR Configuration Utility.
+printf 'Avago Technologies SAS3 IR Configuration Utility.
 Version 9.00.00.00 (2015.03.16) 
 Copyright (c) 2009-2015 Avago Technologies. All rights reserved. 
 
-Read configuration has been initiated for controller $1
+Read configuration has been initiated for controller %s
 ------------------------------------------------------------------------
 Controller information
 ------------------------------------------------------------------------
@@ -28,30 +27,28 @@ IR Volume information
 Physical device information
 ------------------------------------------------------------------------
 Initiator at ID #0
-END
+' "$1"
 slot=0
 while [ "$slot" -lt 140 ]; do
-    cat <<END
-
+    printf '
 Device is a Hard disk
-  Enclosure #                             : $((slot / 24 + 2))
-  Slot #                                  : $((slot % 24))
+  Enclosure #                             : %d
+  Slot #                                  : %d
   SAS Address                             : 50f1e2d-0-c4b5-a6fe
   State                                   : Ready (RDY)
   Size (in MB)/(in sectors)               : 3815447/7814037167
   Manufacturer                            : TAILSPIN
   Model Number                            : TS4000
   Firmware Revision                       : T40C
-  Serial No                               : TS4$1$((1000 + slot))
-  Unit Serial No(VPD)                     : TS4$1$((1000 + slot))
+  Serial No                               : TS4%s%d
+  Unit Serial No(VPD)                     : TS4%s%d
   GUID                                    : 50f1e2d3c4b5a6fe
   Protocol                                : SAS
   Drive Type                              : SAS_HDD
-END
+' $((slot / 24 + 2)) $((slot % 24)) "$1" $((1000 + slot)) "$1" $((1000 + slot))
     slot=$((slot + 1))
 done
-cat <<END
-------------------------------------------------------------------------
+printf '%s' '------------------------------------------------------------------------
 Enclosure information
 ------------------------------------------------------------------------
   Enclosure#                              : 1
@@ -61,4 +58,4 @@ Enclosure information
 ------------------------------------------------------------------------
 SAS3IRCU: Command DISPLAY Completed Successfully.
 SAS3IRCU: Utility Completed Successfully.
-END
+'

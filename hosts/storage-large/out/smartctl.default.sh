@@ -1,11 +1,10 @@
-case $1 in
--i) cat <<END
-smartctl 6.3 2014-07-26 r3976 [FreeBSD 10.1-RELEASE amd64] (local build)
+[ "$1 $2 $3" = "-i -H -A" ] || exit 1
+printf 'smartctl 6.3 2014-07-26 r3976 [FreeBSD 10.1-RELEASE amd64] (local build)
 Copyright (C) 2002-14, Bruce Allen, Christian Franke, www.smartmontools.org
 
 === START OF INFORMATION SECTION ===
 Device Model:     Fabrikam FX2000
-Serial Number:    FX${2#/dev/}L
+Serial Number:    FX%sL
 LU WWN Device Id: 5 0f1e2d 3c4b5a697
 Firmware Version: F2.4
 User Capacity:    2000,000,000,000 bytes [2000 GB]
@@ -18,22 +17,9 @@ Local Time is:    Tue Mar  3 10:15:42 2015 CET
 SMART support is: Available - device has SMART capability.
 SMART support is: Enabled
 
-END
-    ;;
--H) cat <<END
-smartctl 6.3 2014-07-26 r3976 [FreeBSD 10.1-RELEASE amd64] (local build)
-Copyright (C) 2002-14, Bruce Allen, Christian Franke, www.smartmontools.org
-
 === START OF READ SMART DATA SECTION ===
 SMART overall-health self-assessment test result: PASSED
 
-END
-    ;;
--A) cat <<END
-smartctl 6.3 2014-07-26 r3976 [FreeBSD 10.1-RELEASE amd64] (local build)
-Copyright (C) 2002-14, Bruce Allen, Christian Franke, www.smartmontools.org
-
-=== START OF READ SMART DATA SECTION ===
 SMART Attributes Data Structure revision number: 16
 Vendor Specific SMART Attributes with Thresholds:
 ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH TYPE      UPDATED  WHEN_FAILED RAW_VALUE
@@ -43,6 +29,4 @@ ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH TYPE      UPDATED  WHEN_
 194 Temperature_Celsius     0x0022   072   060   000    Old_age   Always       -       33
 199 UDMA_CRC_Error_Count    0x003e   200   200   000    Old_age   Always       -       0
 
-END
-    ;;
-esac
+' "${4#/dev/}"

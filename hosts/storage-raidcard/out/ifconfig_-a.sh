@@ -1,1 +1,0 @@
-../../freebsd-10.1/out/ifconfig_-a.sh
