@@ -2,295 +2,228 @@
 
 #include "bmc/events.h"
 #include "config/logs.h"
-#include "storage/drive_state.h"
+#include "storage/drive_family.h"
 #include "text.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <iterator>
 
 namespace {
 
-using record_fields = std::vector<std::string>;
+// Returns whether the BMC took it.
+bool sendDriveEvent(BYTE sensor, BYTE alert, BYTE event_type, drive_bytes bytes) {
+    selRecord record;
+    record.sensor_type = sensor_type_drive;
+    record.sensor_num = sensor;
+    record.alert_type = alert;
+    record.event_type = event_type;
+    record.event2 = bytes.event2;
+    record.event3 = bytes.event3;
+    return sendSmartSEL(record) == 0;
+}
 
-enum class match { exact, contains };
+// A drive's record on its way through its family's handler.
+struct drive_record {
+    drive_family& family;
+    const record_fields& fields;
+    bool state_known;
 
-// A state word: the event that is asserted when the state becomes one that matches it, and
-// deasserted when a stored state that matches it changes. In a table the first match counts.
-struct state_rule {
-    const char* word;
-    BYTE event_type;
-    match raised;
-    match cleared;
-    const char* cleared_by = nullptr; // the only new state that clears it; null: any
-};
-
-constexpr state_rule ONBOARD_RULES[] = {
-    {"Fail", event_fault, match::exact, match::exact, "OK"},
-    {"FAILED", event_failed_array, match::exact, match::exact},
-    {"REBUILD", event_rebuild, match::contains, match::contains},
-    {"RESYNC", event_rebuild, match::contains, match::contains},
-    {"PredictiveFailureAnalysis", event_predictive, match::contains, match::contains},
-};
-
-constexpr state_rule IT_RULES[] = {
-    {"Degraded", event_predictive, match::exact, match::exact},
-    {"Failed", event_fault, match::exact, match::contains},
-    {"HotSpare", event_hot_spare, match::exact, match::contains},
-    {"OutofSync", event_out_of_sync, match::exact, match::contains},
-    {"Rebuilding", event_rebuild, match::exact, match::contains},
-};
-
-constexpr state_rule RAID_RULES[] = {
-    {"Degraded", event_predictive, match::exact, match::exact},
-    {"UBad", event_fault, match::exact, match::exact},
-    {"UBUnsp", event_fault, match::exact, match::exact},
-    {"DHS", event_hot_spare, match::exact, match::exact},
-    {"GHS", event_hot_spare, match::exact, match::exact},
-    {"HSPShld", event_hot_spare, match::exact, match::exact},
-    {"OutofSync", event_out_of_sync, match::exact, match::contains},
-    {"Rbld", event_rebuild, match::exact, match::exact},
-};
-
-struct rule_table {
-    const state_rule* first;
-    std::size_t size;
-
-    const state_rule* begin() const {
-        return first;
+    const std::string& name() const {
+        return fields[family.name_field];
     }
-    const state_rule* end() const {
-        return first + size;
+    const std::string& state() const {
+        return fields[family.state_field];
     }
-};
-
-// Everything in which the kinds of drives differ.
-template <class Node>
-struct drive_family {
-    const char* tag;
-    std::size_t name_field;
-    std::size_t state_field;
-    BYTE sensor;
-    drive_bytes (*bytes)(const record_fields& fields);
-    void (*describe)(Node& node, const record_fields& fields); // fills the family's own fields
-    rule_table rules;
-
-    Node*& head;
-    Node*& prev;
-    Node*& current;
-
-    bool empty_list_is_first_pass; // a list that is empty in a later pass counts as its first
-    bool log_before_event;         // a new drive is logged before its presence event
-
-    const char* first_pass_title;
-    const char* new_title;
-    const char* new_text;    // a line of its own before the drive's name; null: none
-    const char* found_title; // title of a returning drive's name; null: nothing is logged
-};
-
-struct drive_location {
-    int controller = 0;
-    int enclosure = 0;
-    int slot = 0;
-};
-
-drive_location parseLocation(const std::string& location) {
-    drive_location place;
-    // Nine digits fit an int; what does not parse stays 0.
-    (void)std::sscanf(location.c_str(), "C%9dE%9dS%9d", &place.controller, &place.enclosure,
-                      &place.slot);
-    return place;
-}
-
-constexpr std::size_t INDEX_FIELD = 5;    // onboard
-constexpr std::size_t LOCATION_FIELD = 7; // behind a controller
-
-drive_bytes onboardBytes(const record_fields& fields) {
-    return {static_cast<BYTE>(leadingInteger(fields[INDEX_FIELD], 0)), 0xFF};
-}
-
-drive_bytes itBytes(const record_fields& fields) {
-    const drive_location place = parseLocation(fields[LOCATION_FIELD]);
-    return itDriveBytes(place.controller, place.enclosure, place.slot);
-}
-
-drive_bytes raidBytes(const record_fields& fields) {
-    const drive_location place = parseLocation(fields[LOCATION_FIELD]);
-    return raidDriveBytes(place.controller, place.slot);
-}
-
-void describeOnboard(hdd_list& node, const record_fields& fields) {
-    copyText(node.index, fields[INDEX_FIELD]);
-    node.type = drive_type_onboard;
-}
-
-void describeController(hdd_3008_list& node, const record_fields& fields) {
-    const drive_location place = parseLocation(fields[LOCATION_FIELD]);
-    node.controller = place.controller;
-    node.enclosure = place.enclosure;
-    node.slot = place.slot;
-    node.type = drive_type_controller;
-}
-
-const drive_family<hdd_list> ONBOARD = {
-    "HD",
-    1,
-    2,
-    onboard_sensor_num,
-    onboardBytes,
-    describeOnboard,
-    {ONBOARD_RULES, std::size(ONBOARD_RULES)},
-    g_hdd_head,
-    g_hdd_prev,
-    g_hdd_current,
-    true,
-    true,
-    "add storage record init ",
-    "add storage record ",
-    nullptr,
-    nullptr,
-};
-
-const drive_family<hdd_3008_list> IT = {
-    "BRCM_IT_PD",
-    LOCATION_FIELD,
-    4,
-    sas3008_it_pd_sensor_num,
-    itBytes,
-    describeController,
-    {IT_RULES, std::size(IT_RULES)},
-    g_3008_it_hdd_head,
-    g_3008_it_hdd_prev,
-    g_3008_it_hdd_current,
-    false,
-    false,
-    "Add 3008 record init",
-    "Add 3008 record",
-    "new drive",
-    "Found 3008 record",
-};
-
-const drive_family<hdd_3008_list> RAID = {
-    "BRCM_IR_PD",
-    LOCATION_FIELD,
-    4,
-    sas3008_pd_sensor_num,
-    raidBytes,
-    describeController,
-    {RAID_RULES, std::size(RAID_RULES)},
-    g_raid_hdd_head,
-    g_raid_hdd_prev,
-    g_raid_hdd_current,
-    false,
-    false,
-    "Add RAID record init",
-    "Add RAID record",
-    "new drive",
-    "Found RAID record",
+    bool send(BYTE alert, BYTE event_type) const {
+        return sendDriveEvent(family.sensor, alert, event_type, family.bytes(fields));
+    }
 };
 
 bool matches(const std::string& state, const char* word, match how) {
     return how == match::exact ? state == word : state.find(word) != std::string::npos;
 }
 
-template <class Node>
-void raiseState(const drive_family<Node>& family, const std::string& state, drive_bytes bytes) {
-    for (const state_rule& rule : family.rules)
+// Tell what a state asserts, or what it had asserted and a new state clears. True when there was
+// nothing to tell or the BMC took it.
+bool raiseState(const drive_record& record, const std::string& state) {
+    for (const state_rule& rule : record.family.rules)
         if (matches(state, rule.word, rule.raised))
-            return sendDriveEvent(family.sensor, alert_assert, rule.event_type, bytes);
+            return record.send(alert_assert, rule.event_type);
+    return true;
 }
 
-template <class Node>
-void clearState(const drive_family<Node>& family, const std::string& stored,
-                const std::string& state, drive_bytes bytes) {
-    for (const state_rule& rule : family.rules)
-        if (matches(stored, rule.word, rule.cleared) &&
+bool clearState(const drive_record& record, const std::string& told, const std::string& state) {
+    for (const state_rule& rule : record.family.rules)
+        if (matches(told, rule.word, rule.cleared) &&
             (rule.cleared_by == nullptr || state == rule.cleared_by))
-            return sendDriveEvent(family.sensor, alert_deassert, rule.event_type, bytes);
+            return record.send(alert_deassert, rule.event_type);
+    return true;
 }
 
-template <class Node>
-void logNewDrive(const drive_family<Node>& family, const char* title, const std::string& name) {
-    if (family.new_text != nullptr)
-        printCommandLog(title, family.new_text);
-    printCommandLog(title, name);
+// The second half of a change from the told state to `state`.
+bool finishChange(const drive_record& record, hdd_list& node, const std::string& state) {
+    if (!clearState(record, node.status, state))
+        return false;
+    copyText(node.status, state);
+    copyText(node.raised, "");
+    return true;
 }
 
-template <class Node>
-void addDrive(const drive_family<Node>& family, const record_fields& fields, bool first_pass) {
-    const std::string& name = fields[family.name_field];
-    const std::string& state = fields[family.state_field];
-    const drive_bytes bytes = family.bytes(fields);
-
-    Node* node = appendNode(family.head, family.prev);
-    copyText(node->name, name);
-    copyText(node->status, state);
-    family.describe(*node, fields);
-
-    if (first_pass) {
-        logNewDrive(family, family.first_pass_title, name);
-    } else {
-        if (family.log_before_event)
-            logNewDrive(family, family.new_title, name);
-        sendDriveEvent(family.sensor, alert_deassert, event_presence, bytes);
-        if (!family.log_before_event)
-            logNewDrive(family, family.new_title, name);
-    }
-    raiseState(family, state, bytes);
+void tellState(const drive_record& record, hdd_list& node) {
+    if (!record.state_known || (*node.raised != '\0' && !finishChange(record, node, node.raised)) ||
+        record.state() == node.status || !raiseState(record, record.state()))
+        return;
+    copyText(node.raised, record.state());
+    finishChange(record, node, record.state());
 }
 
-template <class Node>
-void updateDrive(const drive_family<Node>& family, Node& node, const record_fields& fields) {
-    const std::string& state = fields[family.state_field];
-    const drive_bytes bytes = family.bytes(fields);
+void logNewDrive(const drive_record& record, const char* title) {
+    if (record.family.new_text != nullptr)
+        printCommandLog(title, record.family.new_text);
+    printCommandLog(title, record.name());
+}
 
-    if (node.presence == 1) {
-        sendDriveEvent(family.sensor, alert_deassert, event_presence, bytes);
-        family.describe(node, fields);
-        if (family.found_title != nullptr) {
+bool tellArrival(const drive_record& record, hdd_list& node) {
+    if (!record.send(alert_deassert, event_presence))
+        return false;
+    node.presence = drive_present;
+    return true;
+}
+
+bool isFirstPass(const drive_family& family) {
+    return static_first_init == 1 || !family.listed_once ||
+           (family.empty_list_is_first_pass && *family.head == nullptr);
+}
+
+void addDrive(const drive_record& record) {
+    const drive_family& family = record.family;
+    const bool first_pass = isFirstPass(family);
+    hdd_list& node = *appendNode(*family.head, *family.prev);
+    copyText(node.name, record.name());
+    family.describe(node, record.fields);
+    node.presence = first_pass ? drive_present : drive_untold;
+
+    if (first_pass || family.log_before_event)
+        logNewDrive(record, first_pass ? family.first_pass_title : family.new_title);
+    const bool told = first_pass || tellArrival(record, node);
+    if (!first_pass && !family.log_before_event)
+        logNewDrive(record, family.new_title);
+    if (told)
+        tellState(record, node);
+}
+
+void updateDrive(const drive_record& record, hdd_list& node) {
+    const drive_family& family = record.family;
+    const bool was_missing = node.presence == drive_missing;
+    node.checked = 0;
+    if (node.presence != drive_present) {
+        if (!tellArrival(record, node))
+            return;
+        family.describe(node, record.fields);
+        if (was_missing && family.found_title != nullptr) {
             printCommandLog(family.new_title, "drive found");
             printCommandLog(family.found_title, node.name);
         }
     }
-    node.checked = 0;
-    node.presence = 0;
-    const std::string stored = node.status;
-    if (state == stored)
-        return;
-    raiseState(family, state, bytes);
-    clearState(family, stored, state, bytes);
-    copyText(node.status, state);
+    tellState(record, node);
 }
 
-template <class Node>
-void trackDrive(const drive_family<Node>& family, const list* item) {
-    record_fields fields = splitFields(item->parm, ";:", STORAGE_RECORD_FIELDS);
-    if (fields[0] != family.tag)
-        return;
-    fields.resize(STORAGE_RECORD_FIELDS);
-    // Compared with what a node holds of the state, or a longer one would seem to change for ever.
-    std::string& state = fields[family.state_field];
-    state.resize(std::min(state.size(), sizeof(Node::status) - 1));
+hdd_list* findDrive(const drive_family& family, const std::string& name) {
+    hdd_list* node = *family.head;
+    while (node != nullptr && name != node->name)
+        node = node->next;
+    return node;
+}
 
-    if (static_first_init == 1 || (family.head == nullptr && family.empty_list_is_first_pass))
-        return addDrive(family, fields, true);
-    for (family.current = family.head; family.current != nullptr;
-         family.current = family.current->next)
-        if (fields[family.name_field] == family.current->name)
-            return updateDrive(family, *family.current, fields);
-    addDrive(family, fields, false);
+void addRecord(drive_kind kind, const record_fields& fields, bool state_known) {
+    drive_family& family = drive_families[static_cast<std::size_t>(kind)];
+    const drive_record record{family, fields, state_known};
+    hdd_list* node = findDrive(family, record.name());
+    if (node == nullptr)
+        addDrive(record);
+    else if (node->checked == 1)
+        updateDrive(record, *node);
+}
+
+// Such a record stands for a place that its drive has left: it says nothing of the place it names.
+bool isAbsent(const record_fields& fields) {
+    constexpr const char* MISSING = "Missing";
+    return fields[drive_families[static_cast<std::size_t>(drive_kind::it)].state_field] == MISSING;
+}
+
+void addStorageSELRecord(const record_fields& fields, bool state_known) {
+    addRecord(drive_kind::onboard, fields, state_known);
+}
+
+void addStorage3008ITSELRecord(const record_fields& fields, bool state_known) {
+    if (!isAbsent(fields))
+        addRecord(drive_kind::it, fields, state_known);
+}
+
+void addStorageRaidSELRecord(const record_fields& fields, bool state_known) {
+    if (!isAbsent(fields))
+        addRecord(drive_kind::raid, fields, state_known);
+}
+
+// By drive_kind.
+constexpr void (*HANDLERS[DRIVE_KINDS])(const record_fields& fields, bool state_known) = {
+    addStorageSELRecord, addStorage3008ITSELRecord, addStorageRaidSELRecord};
+
+// A drive whose arrival was never told is not told missing either.
+void reportMissing(const drive_family& family, hdd_list& node, drive_bytes bytes) {
+    if (node.presence == drive_untold) {
+        node.presence = drive_missing;
+        return;
+    }
+    if (family.log_before_event)
+        printCommandLog("checkDrivePresence", family.missing_text);
+    if (sendDriveEvent(family.missing_sensor, alert_assert, event_presence, bytes))
+        node.presence = drive_missing;
+    if (!family.log_before_event)
+        printCommandLog("checkDrivePresence", family.missing_text);
 }
 
 } // namespace
 
-void addStorageSELRecord(const list* item) {
-    trackDrive(ONBOARD, item);
+void resetDrivePresenceCheck() {
+    for (const drive_family& family : drive_families)
+        for (hdd_list* node = *family.head; node != nullptr; node = node->next)
+            node->checked = 1;
 }
 
-void addStorage3008ITSELRecord(const list* item) {
-    trackDrive(IT, item);
+void checkDrivePresence(const storage_items& items) {
+    for (std::size_t kind = 0; kind < DRIVE_KINDS; ++kind) {
+        const drive_family& family = drive_families[kind];
+        if (!items.allListed(static_cast<drive_kind>(kind)))
+            continue;
+        drive_bytes bytes{};
+        for (hdd_list* node = *family.head; node != nullptr; node = node->next) {
+            if (node->checked != 1 || node->presence == drive_missing)
+                continue;
+            bytes = family.missing_bytes(*node, bytes);
+            reportMissing(family, *node, bytes);
+        }
+    }
+    noteListedFamilies(items);
 }
 
-void addStorageRaidSELRecord(const list* item) {
-    trackDrive(RAID, item);
+void noteListedFamilies(const storage_items& items) {
+    for (std::size_t kind = 0; kind < DRIVE_KINDS; ++kind)
+        if (items.allListed(static_cast<drive_kind>(kind)))
+            drive_families[kind].listed_once = true;
+}
+
+void trackDrive(const list& item, bool state_known) {
+    record_fields fields = splitFields(item.parm, ";:", STORAGE_RECORD_FIELDS);
+    fields.resize(STORAGE_RECORD_FIELDS);
+    for (std::size_t kind = 0; kind < DRIVE_KINDS; ++kind) {
+        const drive_family& family = drive_families[kind];
+        if (fields[0] != family.tag)
+            continue;
+        // Compared with what a node holds of the state, or a longer one would seem to change for
+        // ever.
+        std::string& state = fields[family.state_field];
+        state.resize(std::min(state.size(), sizeof(hdd_list::status) - 1));
+        HANDLERS[kind](fields, state_known);
+        return;
+    }
 }

@@ -1,47 +1,60 @@
 #include "storage/inventory.h"
 
+#include "bmc/report.h"
 #include "config/configuration.h"
 #include "config/logs.h"
-#include "inventory_script.h"
-#include "raid_card_script.h"
+#include "state/flags.h"
 #include "storage/drive_events.h"
-#include "storage/drive_presence.h"
-#include "storage/storage_items.h"
+#include "storage/megaraid.h"
+#include "storage/onboard.h"
+#include "storage/raid_card.h"
+#include "storage/sas3008.h"
+#include "text.h"
+#include "tools/ask.h"
 
 namespace {
 
-constexpr collector_texts TEXTS = {
-    "getSmartStorageUsage ->",     "Storage items",         "Available:Total",
-    "Free Storage items count ->", "Free Storage items ->",
-};
+constexpr const char* LABEL = "getSmartStorageUsage ->";
+constexpr std::chrono::seconds PASS_SECONDS{300};
 
-// Both scripts' output; false when there is none or a script could not be started.
-bool collect(storage_items& items) {
-    if (readItems(items, inventory_script, TEXTS.label) != script_result::printed)
-        return false;
-    return raidCard3rdParty != 1 ||
-           readItems(items, raid_card_script, TEXTS.label) != script_result::not_started;
+constexpr list_report REPORT = {"Storage items %d %d\n",
+                                "Available:Total : ",
+                                "Free Storage items count ->",
+                                "Free Storage items ->",
+                                PARM_STORAGE_COUNT,
+                                PARM_STORAGE,
+                                false,
+                                replaceEmptyToNA};
+
+void collect(storage_items& items) {
+    const asking_limit limit(PASS_SECONDS, LABEL);
+    collectMegaraid(items, LABEL);
+    collectSas3008(items, LABEL);
+    collectOnboard(items, LABEL);
+    if (items.head() == nullptr)
+        return;
+    if (raidCard3rdParty == 1) {
+        items.allowOneMore();
+        collectRaidCards(items, LABEL);
+    }
 }
 
 } // namespace
 
 int getSmartStorageUsage() {
     storage_items items;
-    if (!collect(items))
-        printErrLog(TEXTS.label, "command not found");
-    showItems(items, TEXTS);
-    if (items.count == 0)
+    collect(items);
+    if (stopRequested())
         return 0;
-    uploadItemCount(items);
+    if (items.head() == nullptr)
+        printErrLog(LABEL, "command not found");
+    showList(REPORT, items.head(), items.count());
+    if (items.count() == 0)
+        return 0;
     resetDrivePresenceCheck();
-    for (const list* item = items.head; item != nullptr; item = item->next) {
-        addStorageSELRecord(item);
-        addStorage3008ITSELRecord(item);
-        addStorageRaidSELRecord(item);
-        uploadItem(*item, TEXTS);
-    }
-    // A pass that a hung tool cut short says nothing of the drives behind it.
-    if (!items.timed_out)
-        checkDrivePresence();
+    uploadList(REPORT, items.head(), items.count(), [&](const list& item, std::size_t place) {
+        trackDrive(item, items.stateKnown(place));
+    });
+    checkDrivePresence(items);
     return 0;
 }

@@ -1,5 +1,5 @@
 // The two smaller storage collectors. Both print and log their items, upload them (parameters 198
-// and 199) and return 0; when their script prints nothing, that is logged and nothing uploaded.
+// and 199) and return 0; when there is no record, that is logged and nothing uploaded.
 // Drives that are missing are not noticed. Collecting thread only.
 #pragma once
 

@@ -1,54 +1,74 @@
-// Storage items: the lines that a storage script prints, and what all storage collectors do with
-// them.
+// Storage items: the records that the storage collectors put together, and what all of them do
+// with these.
 #pragma once
 
-#include "shell.h"
 #include "system_info.h"
 
-// Counted lines after which reading stops.
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+// Counted lines after which a pass takes no more.
 constexpr int STORAGE_LINES_MOST = 256;
-// Items after which reading stops, so that a line without an end does not fill the memory.
-constexpr int STORAGE_ITEMS_MOST = 1024;
+// Characters of an item, the ";" at its end left out: a longer line arrives as several items.
+constexpr std::size_t STORAGE_LINE_MOST = 254;
+// Items of a pass, so that endless lines don't fill the memory.
+constexpr std::size_t STORAGE_ITEMS_MOST = 1024;
+// The drives that are tracked together: an event handler and a list of states each.
+enum class drive_kind {
+    onboard, // HD: onboard disks, members of software RAID volumes
+    it,      // BRCM_IT_PD: behind SAS3008 controllers in IT mode
+    raid,    // BRCM_IR_PD: behind SAS3008 controllers in IR mode, and behind RAID cards
+};
+constexpr std::size_t DRIVE_KINDS = 3;
 
-// Items in the order of output, freed with the object. A line becomes one item per 255
-// characters; in the item that holds its end the newline is replaced by ";" and `no` is its number
-// from 0, and only such items are counted.
-struct storage_items {
-    list* head = nullptr;
-    list* prev = nullptr;
-    int count = 0;          // complete lines
-    int total = 0;          // items
-    bool timed_out = false; // a script passed its deadline: what it had not told yet is unknown
-
+// The records of one pass in their order, each text ended by ";"; freed with the object.
+class storage_items {
+  public:
     storage_items() = default;
-    ~storage_items() {
-        freeNodes(head, prev);
-    }
+    ~storage_items();
     storage_items(const storage_items&) = delete;
     storage_items& operator=(const storage_items&) = delete;
+
+    // Adds a record, given without line end: one item per 255 characters, of which only the last
+    // is counted and numbered. A pass that is full drops it. `state_known` false: the drive did not
+    // answer, and the health in its record is no news.
+    void add(std::string_view record, bool state_known = true);
+    bool stateKnown(std::size_t item) const {
+        return m_state_known[item];
+    }
+
+    // True once a limit above is met: what the pass did not come to is not known, and a collector
+    // need not ask for it.
+    bool full() const {
+        return m_count >= m_lines_most || m_state_known.size() >= STORAGE_ITEMS_MOST;
+    }
+    // A full pass takes one record more.
+    void allowOneMore() {
+        m_lines_most = std::max(m_lines_most, m_count + 1);
+    }
+
+    // The listing of these drives failed, hung or was cut: none of them is missing for that.
+    void listingUnknown(drive_kind kind) {
+        m_unlisted[static_cast<std::size_t>(kind)] = true;
+    }
+    bool allListed(drive_kind kind) const {
+        return m_count < STORAGE_LINES_MOST && !full() &&
+               !m_unlisted[static_cast<std::size_t>(kind)];
+    }
+
+    list* head() const {
+        return m_head;
+    }
+    int count() const { // complete records
+        return m_count;
+    }
+
+  private:
+    list* m_head = nullptr;
+    list* m_prev = nullptr;
+    int m_count = 0;
+    std::vector<bool> m_state_known;
+    int m_lines_most = STORAGE_LINES_MOST;
+    bool m_unlisted[DRIVE_KINDS] = {};
 };
-
-// The texts in which the collectors differ.
-struct collector_texts {
-    const char* label;       // of its lines in the error log
-    const char* count_print; // standard output, before the two count bytes
-    const char* item_print;  // standard output, before each item
-    const char* count_log;   // main log
-    const char* item_log;    // main log, each uploaded item
-};
-
-enum class script_result { not_started, nothing_printed, printed };
-
-// Runs a script and appends what it prints until its deadline. At least one line is read, then
-// reading goes on until the output ends or one of the limits above is reached.
-script_result readItems(storage_items& items, const char* script, const char* label,
-                        int deadline_s = SHELL_STORAGE_DEADLINE_S);
-
-// Prints the count, fills the empty fields of every item in place and prints it, logs the count.
-void showItems(storage_items& items, const collector_texts& texts);
-
-// Uploads the count (parameter 198).
-void uploadItemCount(const storage_items& items);
-
-// Logs and uploads one item (parameter 199).
-void uploadItem(const list& item, const collector_texts& texts);

@@ -1,50 +1,48 @@
-// Lines of a storage script become items.
+// Records become items.
 #include "storage/storage_items.h"
-
-#include "fake_bmc.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-constexpr collector_texts TEXTS = {"label ->", "Items", "Item", "count ->", "item ->"};
-
-std::string lines(int number) {
-    return "i=0; while [ $i -lt " + std::to_string(number) + " ]; do echo L; i=$((i+1)); done";
-}
-
-TEST(storage_items, reading) {
+TEST(StorageItems, Adding) {
     const struct {
-        std::string script, then;
-        script_result result;
+        std::size_t length; // of each record
+        int records, more;  // `more` are added after one more was allowed
         int count, total;
-        std::string last;
-        Bytes announced;
+        std::size_t last; // length of the last item
+        bool listed;
     } rows[] = {
-        {"exit 1", "printf '\\n1;2\\nrest'", script_result::printed, 2, 3, "rest", {2, 0}},
-        {"printf '%0254d\\n' 0", "printf '%0255d\\n' 0", script_result::printed, 2, 3, ";", {2, 0}},
-        {lines(255), "", script_result::nothing_printed, 255, 255, "L;", {0, 1}},
-        {lines(300), lines(300), script_result::printed, 257, 257, "L;", {2, 1}},
-        {"while :; do printf %0999d 0; done",
-         "",
-         script_result::nothing_printed,
-         0,
-         1024,
-         std::string(255, '0'),
-         {0, 0}},
+        {0, 1, 0, 1, 1, 1, true},
+        {254, 1, 0, 1, 1, 255, true},
+        {255, 1, 1, 2, 4, 1, true},
+        {5, 255, 0, 255, 255, 6, true},
+        {5, 300, 0, 256, 256, 6, false},
+        {5, 300, 2, 257, 257, 6, false},
+        {3000, 100, 0, 86, 1032, 196, false},
     };
-    FakeBmc bmc;
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.script + " + " + row.then);
+        SCOPED_TRACE(std::to_string(row.records) + " of " + std::to_string(row.length));
         storage_items items;
-        readItems(items, row.script.c_str(), TEXTS.label);
-        EXPECT_EQ(readItems(items, row.then.c_str(), TEXTS.label), row.result);
-        EXPECT_EQ(items.count, row.count);
-        EXPECT_EQ(items.total, row.total);
-        EXPECT_EQ(items.prev->parm, row.last);
-        uploadItemCount(items);
-        EXPECT_EQ(bmc.uploads().back(),
-                  (FakeBmc::Upload{198, -1, {row.announced.begin(), row.announced.end()}}));
+        for (int i = 0; i < row.records; ++i)
+            items.add(std::string(row.length, 'L'), false);
+        if (row.more > 0)
+            items.allowOneMore();
+        for (int i = 0; i < row.more; ++i)
+            items.add(std::string(row.length, 'L'));
+        int total = 1;
+        const list* item = items.head();
+        for (; item->next != nullptr; item = item->next)
+            ++total;
+        EXPECT_EQ(items.count(), row.count);
+        EXPECT_EQ(total, row.total);
+        EXPECT_EQ(item->no, row.count - 1);
+        EXPECT_EQ(std::string(item->parm), std::string(row.last - 1, 'L') + ";");
+        EXPECT_EQ(items.stateKnown(static_cast<std::size_t>(total) - 1), row.more > 0);
+        EXPECT_EQ(items.allListed(drive_kind::it), row.listed);
+        items.listingUnknown(drive_kind::it);
+        EXPECT_FALSE(items.allListed(drive_kind::it));
+        EXPECT_EQ(items.allListed(drive_kind::raid), row.listed);
     }
 }
 

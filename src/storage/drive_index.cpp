@@ -1,0 +1,60 @@
+#include "storage/drive_index.h"
+
+#include "config/logs.h"
+#include "text.h"
+#include "tools/ask.h"
+#include "tools/camcontrol.h"
+
+#include <algorithm>
+
+namespace {
+
+// The field behind the first `mark`.
+std::string fieldBehind(std::string_view line, std::string_view mark) {
+    const std::string_view rest = behind(line, mark);
+    return std::string(trimmed(rest.substr(0, rest.find(','))));
+}
+
+} // namespace
+
+std::string parseDriveMap(std::string_view text, std::string_view serial) {
+    std::string own, other;
+    if (serial.empty())
+        return own;
+    const std::string start = std::string(serial) + ",";
+    for (std::string_view part, rest = text; own.empty() && nextLine(rest, part);) {
+        if (sameText(before(part, ","), "hdd count"))
+            continue;
+        // As serials are read: without what separates fields, and without control bytes.
+        std::string line;
+        std::copy_if(part.begin(), part.end(), std::back_inserter(line), [](char c) {
+            const auto byte = static_cast<unsigned char>(c);
+            return c != ';' && c != ':' && (c == '\t' || (byte >= 0x20 && byte != 0x7F));
+        });
+        if (before(line, ",") == serial)
+            own = fieldBehind(line, ",");
+        else if (line.compare(0, start.size(), start) == 0)
+            own = fieldBehind(line, start);
+        if (other.empty() && line.find(serial) != line.npos)
+            other = fieldBehind(line, ",");
+    }
+    return own.empty() ? other : own;
+}
+
+std::string mapIndex(std::string_view serial) {
+    return parseDriveMap(tools.read_file(hdd_file).value_or(""), serial);
+}
+
+bool mapReadable() {
+    return tools.read_file(hdd_file).has_value();
+}
+
+std::string busIndex(const std::string& disk, const char* label) {
+    const reply& answer = ask({camcontrolDevlist(), label});
+    if (answer.end == program_end::exited)
+        for (const cam_device& device : parseDevlist(answer.text))
+            if (!device.bus.empty() &&
+                std::find(device.words.begin(), device.words.end(), disk) != device.words.end())
+                return device.bus;
+    return "";
+}

@@ -1,0 +1,17 @@
+// Where an onboard drive sits.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// The slot of the drive map's line of that serial number; a line that merely contains it counts
+// when no line is the drive's own. Empty when the map tells nothing.
+std::string parseDriveMap(std::string_view text, std::string_view serial);
+
+// The slot of the drive map file's line of that serial number; a line that merely contains it
+// counts when no line is the drive's own. Empty when the file can't be read or tells nothing.
+std::string mapIndex(std::string_view serial);
+bool mapReadable();
+
+// The number of the bus (scbus) on which camcontrol lists the disk; empty when it lists none.
+std::string busIndex(const std::string& disk, const char* label);

@@ -1,0 +1,3 @@
+#include "storage/rste.h"
+
+void collectRste(storage_items& /*items*/, const char* /*label*/) {}

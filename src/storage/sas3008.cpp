@@ -1,0 +1,3 @@
+#include "storage/sas3008.h"
+
+void collectSas3008(storage_items& /*items*/, const char* /*label*/) {}

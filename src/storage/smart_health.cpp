@@ -1,0 +1,52 @@
+#include "storage/smart_health.h"
+
+#include "tools/ask.h"
+
+#include <map>
+
+namespace {
+
+// What a drive's answers have told so far.
+struct told_before {
+    bool recognised = false;
+    bool health = false;
+};
+std::map<std::string, told_before> remembered; // by subject
+
+} // namespace
+
+smart_reply askSmart(const command_line& words, const std::string& subject, const char* label,
+                     bool drop_warning) {
+    question asked{words, label, subject};
+    asked.status_counts = false;
+    const reply& answer = ask(asked);
+    smart_reply result;
+    if (answer.end == program_end::exited)
+        result.facts = parseSmartctl(answer.text, drop_warning);
+
+    const smart_facts& facts = result.facts;
+    told_before& before = remembered[subject];
+    result.known = answer.known && (facts.recognised || !before.recognised);
+    if (!result.known) {
+        result.facts = {};
+        return result;
+    }
+    // A drive that can't be opened any more says nothing of its health either.
+    result.known = !facts.health.empty() || !before.health;
+    before.recognised = facts.recognised;
+    before.health = before.health || !facts.health.empty();
+    return result;
+}
+
+void forgetSmart(const std::string& subject) {
+    remembered.erase(subject);
+}
+
+std::string smartHealth(const smart_facts& facts, bool ok_may_go_on) {
+    const std::string& said = facts.health;
+    if (said == "PASSED" || said == "OK")
+        return "OK";
+    if (said.find("PASSED") != said.npos || (ok_may_go_on && said.find("OK") != said.npos))
+        return "PredictiveFailureAnalysis";
+    return said.empty() ? "N/A" : "Fail";
+}
