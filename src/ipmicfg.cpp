@@ -13,6 +13,7 @@
 #include "service/startup.h"
 #include "storage/inventory.h"
 #include "storage/smart_collectors.h"
+#include "storage/storage_kind.h"
 #include "system_info.h"
 
 #include <cstdio>

@@ -44,14 +44,3 @@ int getOSName() {
 int getOSVersion() {
     return reportOsValue(OS_VERSION);
 }
-
-int getHddType() {
-    shell_capture shell("vol=`graid list | grep -i 'geom name'`; if [ -z \"$vol\" ]; then echo 0; "
-                        "else echo 1;fi;",
-                        "hdd type ->");
-    std::string digit;
-    const int type = shell.readPiece(digit, 1) ? digit.front() - '0' : 0;
-    std::printf("hdd type : %d\n", type);
-    printIntLog("hdd type ->", type);
-    return type;
-}

@@ -17,6 +17,7 @@
 #include "state/schedule.h"
 #include "storage/inventory.h"
 #include "storage/smart_collectors.h"
+#include "storage/storage_kind.h"
 #include "system_info.h"
 #include "tools/ask.h"
 

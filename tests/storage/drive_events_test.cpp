@@ -1,12 +1,11 @@
 // Drive events: what no tool's output brings about, and what the BMC does not take at once.
 #include "storage/drive_events.h"
 
-#include "fake_bmc.h"
+#include "bmc_test.h"
 #include "storage/drive_family.h"
 #include "text.h"
 
 #include <cstdio>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -20,9 +19,10 @@ std::string raid(const std::string& state, const std::string& place = "C1E252S3"
     return "BRCM_IR_PD;0;w:OK:" + state + ":S1:F1;" + place + ";HDD;N/A;m;2.00;";
 }
 
-class DriveEvents : public testing::Test {
+class DriveEvents : public BmcTest {
   protected:
     void SetUp() override {
+        BmcTest::SetUp();
         forgetDrives();
     }
     static void forgetDrives() {
@@ -34,28 +34,26 @@ class DriveEvents : public testing::Test {
     }
     // A pass over these records. Returns the events that arrived, each "sensor alert type event2
     // event3".
-    std::string pass(const std::vector<std::string>& records, bool state_known = true) {
+    std::string pass(const Lines& records, bool state_known = true) {
         resetDrivePresenceCheck();
         for (const std::string& record : records) {
             list item{};
             copyText(item.parm, record);
             trackDrive(item, state_known);
         }
-        checkDrivePresence(listed);
+        checkDrivePresence(storage_items());
         static_first_init = 0;
         std::string all;
-        for (const Bytes& record : bmc.sent(0x04, 0x02)) {
+        for (const Bytes& record : bmc->sent(0x04, 0x02)) {
             EXPECT_EQ(Bytes(record.begin(), record.begin() + 3), (Bytes{0x41, 0x04, 0x0D}));
             char text[32];
             std::snprintf(text, sizeof text, "%s%02X %02X %02X %02X %02X", all.empty() ? "" : ", ",
                           record[3], record[4], record[5], record[6], record[7]);
             all += text;
         }
-        bmc.forget();
+        bmc->forget();
         return all;
     }
-    FakeBmc bmc;
-    const storage_items listed;
 };
 
 // One state after the other, each with the alerts and event types that it brings. "gone": no
@@ -95,16 +93,16 @@ TEST_F(DriveEvents, Lives) {
         SCOPED_TRACE(row.states);
         forgetDrives();
         for (const std::string& step : splitFields(row.states, "|", 99)) {
-            std::vector<std::string> words = splitFields(step, ">", 9);
+            Lines words = splitFields(step, ">", 9);
             std::string expected;
             for (std::size_t i = 1; i < words.size(); ++i)
                 expected += (i > 1 ? ", " : "") + row.sensor + words[i] + row.bytes;
-            std::vector<std::string> state = splitFields(words[0], "!", 2);
+            Lines state = splitFields(words[0], "!", 2);
             if (state.size() == 2)
                 for (const char taken : state[1])
-                    bmc.queue(0x04, 0x02, {Bytes{static_cast<BYTE>(taken == '0' ? 0x81 : 0)}});
+                    bmc->queue(0x04, 0x02, {Bytes{static_cast<BYTE>(taken == '0' ? 0x81 : 0)}});
             const bool known = state[0][0] != '?';
-            std::vector<std::string> records;
+            Lines records;
             if (state[0] != "gone")
                 records = {row.record(state[0].substr(known ? 0 : 1), row.place)};
             EXPECT_EQ(pass(records, known), expected) << step;
@@ -114,14 +112,14 @@ TEST_F(DriveEvents, Lives) {
 
 TEST_F(DriveEvents, OddRecords) {
     // Missing onboard drives without a number take the byte of the one before, zero at first.
-    std::vector<std::string> records;
+    Lines records;
     for (const char* index : {"N/A", "300", "x"})
         records.push_back("HD;/dev/ada" + std::string(index) + ":OK:S:F;" + index + ";");
     pass(records);
     EXPECT_EQ(pass({}), "FF 70 A0 00 FF, FF 70 A0 2C FF, FF 70 A0 2C FF");
 
     const struct {
-        std::vector<std::string> records;
+        Lines records;
         const char* expected;
     } rows[] = {
         {{""}, ""},

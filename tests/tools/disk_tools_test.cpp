@@ -2,11 +2,8 @@
 #include "storage/drive_index.h"
 #include "storage/smart_health.h"
 #include "tools/camcontrol.h"
-#include "tools/fdisk.h"
 #include "tools/geom.h"
-#include "tools/gpart.h"
 #include "tools/lspci.h"
-#include "tools/newfs.h"
 #include "tools/swapinfo.h"
 
 #include <gtest/gtest.h>
@@ -41,18 +38,6 @@ std::string devlist(std::string_view text) {
 std::string identify(std::string_view text) {
     const identify_facts told = parseIdentify(text);
     return told.has_model ? told.model + (told.trim ? " SSD" : " HDD") : "";
-}
-
-std::string fdisk(std::string_view text) {
-    const disk_geometry told = parseFdisk(text);
-    return shown(told.cylinders) + ' ' + shown(told.heads) + ' ' + shown(told.track_sectors);
-}
-
-std::string gpart(std::string_view text) {
-    std::string told;
-    for (const auto& [name, bytes] : parseGpart(text))
-        told += name + '=' + std::to_string(bytes) + ' ';
-    return told;
 }
 
 std::string lspci(std::string_view text) {
@@ -117,13 +102,6 @@ TEST(DiskTools, Readings) {
         {identify, "Device Model      A;B 1 \nData Set Management (DSM/TRIM) yes\n", "AB 1 SSD"},
         {identify, "device model M\ndata set management (TRIM) no\n1 2 3 (TRIM) yes", "M HDD"},
         {identify, "Model Number:      QX NVMe Ctrl\n pass0: device model\n", ""},
-        {fdisk, "cylinders= heads=16\ncylinders=39 heads=7 sectors/track=18446744073709551616\n",
-         "39 16 -"},
-        {gpart,
-         "=>  3  540717  a0  GPT  (264M)\n  3  45  a1  freebsd-boot  (23K)\n  4  9  - free -  (8M)"
-         "\n48  9  a2  freebsd-ufs  [bootme]  (1.1G)\n  50  9  a4+01  ebr  [a] [b]  (2T)\n"
-         "  50  9  a4+01  ebr  (1T)\n  51  9  a5  efi  (16777216T)\n  53  9  a7  efi  (1.)\n",
-         "a1=23552 a2=1181116006 a4+01=2199023255552 "},
         {df, "/dev/a2" DF_ROWS, "swap 259766272 247982080 -8996864"},
         {df, "/dev/a3" DF_ROWS, "102400 51200 51200"},
         {df, "/dev/a4" DF_ROWS, "swap 8192 8192 8192"},
@@ -150,7 +128,6 @@ TEST(DiskTools, Readings) {
     for (const auto& row : rows)
         EXPECT_EQ(row.read(row.text), row.told) << row.text;
     EXPECT_EQ(parseSmartctl(rows[1].text, true).health, "PASSED");
-    EXPECT_EQ(shown(parseNewfs("density\n/dev/a2: 8MB block size 32768, fragment")), "32768");
 }
 
 } // namespace
