@@ -19,22 +19,31 @@ constexpr substitution SUBSTITUTIONS[] = {
     {"::", ":N/A:"},
 };
 
+// Whether the pair found is part of a "::" at the edge of its field.
+bool isInDoubleColon(const std::string& text, std::size_t found) {
+    return text.compare(found, 3, ";::") == 0 ||
+           (found > 0 && text.compare(found - 1, 3, "::;") == 0);
+}
+
 // One pass from left to right, without overlap.
-std::string substituted(const std::string& text, const substitution& rule) {
+std::string substituted(const std::string& text, const substitution& rule, bool double_colon) {
     std::string result;
     std::size_t start = 0;
     for (std::size_t found; (found = text.find(rule.pair, start)) != std::string::npos;
          start = found + 2)
-        result.append(text, start, found - start).append(rule.filled);
+        result.append(text, start, found - start)
+            .append(double_colon && isInDoubleColon(text, found) ? rule.pair : rule.filled);
     return result.append(text, start, std::string::npos);
 }
 
-void fillEmptyFields(std::string& data, std::size_t rules) {
+// With `double_colon` a "::" is part of an address.
+void fillEmptyFields(std::string& data, bool double_colon) {
     data.resize(std::min(data.find('\n'), data.size()));
+    const std::size_t rules = std::size(SUBSTITUTIONS) - (double_colon ? 1 : 0);
     for (std::size_t rule = 0; rule < rules; ++rule)
         // A second pass fills what the first one's non-overlapping matches left between them.
         for (int pass = 0; pass < 2; ++pass)
-            data = substituted(data, SUBSTITUTIONS[rule]);
+            data = substituted(data, SUBSTITUTIONS[rule], double_colon);
     data.resize(std::min(data.size(), RECORD_SIZE - 1));
 }
 
@@ -63,11 +72,11 @@ bool isWhiteSpace(char c) {
 } // namespace
 
 void replaceEmptyToNA(std::string& data) {
-    fillEmptyFields(data, 4);
+    fillEmptyFields(data, false);
 }
 
 void replaceEmptyToNAExceptDoubleColon(std::string& data) {
-    fillEmptyFields(data, 3);
+    fillEmptyFields(data, true);
 }
 
 std::string& trim(std::string& text) {

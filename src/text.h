@@ -16,7 +16,8 @@
 // whole text from left to right without overlap. The result is cut to 511 characters; a text that
 // holds a newline ends there.
 void replaceEmptyToNA(std::string& data);
-// The same without the last substitution, for records that carry IPv6 addresses.
+// The same without the last substitution, for records that carry IPv6 addresses: "::" stays as it
+// is, at the edge of a field (";::1;") as well.
 void replaceEmptyToNAExceptDoubleColon(std::string& data);
 
 // Whitespace-normalises in place and returns the text: no leading or trailing white space, each

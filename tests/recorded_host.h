@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
 #include <iterator>
 #include <string>
 #include <system_error>
@@ -50,25 +49,6 @@ class recorded_host {
     void tool(const std::string& name, const std::string& lines) const {
         file("bin/" + name, "#!/bin/sh\n" + lines + "\n");
         std::filesystem::permissions(m_folder / "bin" / name, std::filesystem::perms::owner_all);
-    }
-
-    // Makes bin/NAME print the file NAME.LAST, where LAST is its last argument, or fail when there
-    // is no such file.
-    void toolByArgument(const std::string& name) const {
-        tool(name,
-             "for last; do :; done\nexec cat \"$VYN_SIM_HOST/" + name + ".$last\" 2>/dev/null");
-    }
-
-    // Leaves the stand-ins and these programs of the machine as the only ones in PATH.
-    void onlyTools(std::initializer_list<const char*> programs) const {
-        for (const char* program : programs)
-            for (const char* place : {"/bin/", "/usr/bin/", "/usr/local/bin/"})
-                if (std::filesystem::exists(place + std::string(program))) {
-                    std::filesystem::create_symlink(place + std::string(program),
-                                                    m_folder / "bin" / program);
-                    break;
-                }
-        setenv("PATH", (m_folder / "bin").c_str(), 1);
     }
 
     void remove(const std::string& name) const {

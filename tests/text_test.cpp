@@ -14,6 +14,7 @@ TEST(Text, EmptyFieldsAreFilled) {
         {":;:", ":N/A;N/A:", ":N/A;N/A:"},
         {":::", ":N/A:N/A:", ":::"},
         {"fe80::1;", "fe80:N/A:1;", "fe80::1;"},
+        {"a;::1;1::;;::;", "a;N/A:N/A:1;1:N/A:N/A;N/A;N/A:N/A:N/A;", "a;::1;1::;N/A;::;"},
         {"it's $(x);;", "it's $(x);N/A;", "it's $(x);N/A;"},
         {"one;;\ntwo", "one;N/A;", "one;N/A;"},
     };

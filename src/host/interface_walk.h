@@ -3,13 +3,18 @@
 
 #include "platform/platform.h"
 
-#include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
-// Calls `take` with every interface that is no loopback, from row `rows` down to 1, until it
-// returns false. A row that can't be read ends the walk too, with "read sysctl" and the system's
-// error text on standard error.
-void walkInterfaces(int rows,
-                    const std::function<bool(int row, const platform::ifmibdata& data)>& take);
+struct interface_row {
+    int row = 0;
+    std::string name;
+    bool up = false; // configured so, with or without a link
+    platform::ifmibdata data{};
+};
 
-std::string interfaceName(const platform::ifmibdata& data);
+// The interfaces that are no loopback, from the highest row down, at most `most`. A row that does
+// not exist is passed over; one that can't be read ends the walk, with "read sysctl" and the
+// system's error text on standard error. Nothing when the kernel doesn't tell the number of rows.
+std::optional<std::vector<interface_row>> walkInterfaces(std::size_t most);

@@ -1,11 +1,12 @@
-// Link speed of an interface, from the media words of ifconfig.
+// Link speeds by the media words of ifconfig.
 #pragma once
 
 #include <string>
 #include <string_view>
+#include <vector>
 
-// Mbit/s of a media word, 0 when it is unknown. 10 and 40 gigabit are 10240 and 40960.
+// Mbit/s of a media word, 0 when it is unknown. A gigabit is 1024 from 10 gigabit on.
 int getSpeedMB(std::string_view buffer);
 
-// Mbit/s of an interface by the two media pipelines, 0 when neither gives a known word.
-int linkSpeed(const std::string& ifname);
+// Mbit/s of the first known word, 0 when none is.
+int linkSpeed(const std::vector<std::string>& media);

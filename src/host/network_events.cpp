@@ -3,6 +3,7 @@
 #include "bmc/events.h"
 #include "config/configuration.h"
 #include "config/logs.h"
+#include "host/lan_record.h"
 #include "text.h"
 
 #include <algorithm>
@@ -16,41 +17,33 @@ network_list* g_network_current = nullptr;
 
 namespace {
 
-constexpr std::size_t RECORD_PIECES = 13; // twelve fields and what follows the last separator
 constexpr std::size_t ADDRESS_PIECES = 512;
-
-enum record_field {
-    FIELD_INDEX = 0,
-    FIELD_NAME = 2,
-    FIELD_IPV4 = 3,
-    FIELD_IPV6 = 4,
-    FIELD_LINK = 11
-};
 
 using record_fields = std::vector<std::string>;
 
-void sendLinkEvent(const record_fields& fields, BYTE event) {
-    if (nicStatusSel == 0)
-        return;
-    const int index = leadingInteger(fields[FIELD_INDEX], 0);
+// Whether the state may follow: the BMC has taken the event, or there is none to tell.
+bool tellLink(const record_fields& fields) {
+    const std::string& link = fields[LAN_LINK];
+    if (nicStatusSel == 0 || (link != NETWORK_UP && link != NETWORK_DOWN))
+        return true;
+    const int index = leadingInteger(fields[LAN_INDEX], 0);
     selRecord record;
     record.sensor_type = sensor_type_network;
     record.alert_type = alert_network;
-    record.event_type = event;
+    record.event_type = link == NETWORK_UP ? link_up : link_down;
     record.event2 = static_cast<BYTE>(index);
-    sendLanSEL(record);
+    return sendLanSEL(record) == 0;
 }
 
 void addInterface(const record_fields& fields) {
-    printCommandLog("add network record ", fields[FIELD_NAME]);
-    if (fields[FIELD_LINK] == NETWORK_UP)
-        sendLinkEvent(fields, link_up);
+    printCommandLog("add network record ", fields[LAN_NAME]);
+    const bool told = fields[LAN_LINK] != NETWORK_UP || tellLink(fields);
     network_list* node = appendNode(g_network_head, g_network_prev);
-    copyText(node->index, fields[FIELD_INDEX]);
-    copyText(node->name, fields[FIELD_NAME]);
-    copyText(node->ipv4, fields[FIELD_IPV4]);
-    copyText(node->ipv6, fields[FIELD_IPV6]);
-    copyText(node->if_link, fields[FIELD_LINK]);
+    copyText(node->index, fields[LAN_INDEX]);
+    copyText(node->name, fields[LAN_NAME]);
+    copyText(node->ipv4, fields[LAN_IPV4]);
+    copyText(node->ipv6, fields[LAN_IPV6]);
+    copyText(node->if_link, told ? fields[LAN_LINK] : NETWORK_DOWN);
 }
 
 network_list* findInterface(const std::string& name) {
@@ -62,30 +55,27 @@ network_list* findInterface(const std::string& name) {
 }
 
 void updateInterface(network_list& node, const record_fields& fields) {
-    const std::string& link = fields[FIELD_LINK];
+    const std::string& link = fields[LAN_LINK];
     if (link == node.if_link) {
-        if (compareIPAddrs(fields[FIELD_IPV4], node.ipv4) == 1)
-            copyText(node.ipv4, fields[FIELD_IPV4]);
-        if (compareIPAddrs(fields[FIELD_IPV6], node.ipv6) == 1)
-            copyText(node.ipv6, fields[FIELD_IPV6]);
+        if (compareIPAddrs(fields[LAN_IPV4], node.ipv4) == 1)
+            copyText(node.ipv4, fields[LAN_IPV4]);
+        if (compareIPAddrs(fields[LAN_IPV6], node.ipv6) == 1)
+            copyText(node.ipv6, fields[LAN_IPV6]);
         return;
     }
-    if (link == NETWORK_UP)
-        sendLinkEvent(fields, link_up);
-    else if (link == NETWORK_DOWN)
-        sendLinkEvent(fields, link_down);
-    copyText(node.if_link, link);
+    if (tellLink(fields))
+        copyText(node.if_link, link);
 }
 
 } // namespace
 
 void addNetworkSELRecord(const list* network_head) {
     for (const list* record = network_head; record != nullptr; record = record->next) {
-        record_fields fields = splitFields(record->parm, ";", RECORD_PIECES);
-        fields.resize(RECORD_PIECES); // a record that was cut lacks its last fields
+        record_fields fields = splitFields(record->parm, ";", LAN_FIELDS);
+        fields.resize(LAN_FIELDS);
         network_list* node = nullptr;
         if (g_network_head != nullptr && static_first_init == 0)
-            node = findInterface(fields[FIELD_NAME]);
+            node = findInterface(fields[LAN_NAME]);
         if (node == nullptr)
             addInterface(fields);
         else

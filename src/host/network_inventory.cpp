@@ -1,27 +1,31 @@
 #include "host/network_inventory.h"
 
-#include "bmc/parameter_upload.h"
+#include "bmc/report.h"
 #include "config/logs.h"
+#include "host/interface_facts.h"
 #include "host/interface_walk.h"
-#include "host/media_speed.h"
+#include "host/lan_record.h"
 #include "host/network_events.h"
 #include "host/network_lookups.h"
-#include "platform/platform.h"
+#include "state/flags.h"
 #include "text.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <netdb.h>
-#include <utility>
-#include <vector>
 
 namespace {
 
-constexpr int MAX_LAN_RECORDS = 31;
-constexpr std::size_t MAX_LIST_LENGTH = 256;
+using addresses = std::vector<platform::interface_address>;
+
+constexpr std::size_t MAX_LAN_RECORDS = 31;
 constexpr std::size_t MAC_KEY_LENGTH = 12;
 constexpr const char* LABEL = "Get Lan ->";
+
+constexpr list_report LAN_REPORT = {
+    "Lan items %d%d\n", "Lan : ", "Lan items ->", "Lan ->",
+    PARM_LAN_COUNT,     PARM_LAN, true,           replaceEmptyToNAExceptDoubleColon};
 
 // Empty when the address has no numeric text.
 std::string numericHost(const sockaddr_storage& address, socklen_t length) {
@@ -32,23 +36,11 @@ std::string numericHost(const sockaddr_storage& address, socklen_t length) {
     return text;
 }
 
-// An address that no longer fits is left out whole: half of one would be another address.
-void appendToList(std::string& joined, const std::string& text) {
-    const std::string addition = joined.empty() ? text : "," + text;
-    if (joined.size() + addition.size() <= MAX_LIST_LENGTH)
-        joined += addition;
-}
-
-// The IPv4 addresses of an interface and their distinct netmasks, joined by ",". False when the
-// kernel doesn't tell.
-bool ipv4Lists(const std::string& ifname, std::string& ipv4, std::string& netmasks) {
-    std::vector<platform::interface_address> addresses;
-    if (platform::interface_addresses(addresses) != 0) {
-        printErrLog(LABEL, "getifaddrs error");
-        return false;
-    }
-    for (const platform::interface_address& entry : addresses) {
-        if (entry.name != ifname || entry.family != platform::address_family::inet ||
+// The IPv4 addresses of an interface and their distinct netmasks.
+void putIpv4(const addresses& all, lan_fields& fields) {
+    std::vector<std::string> ipv4, netmasks;
+    for (const platform::interface_address& entry : all) {
+        if (entry.name != fields[LAN_NAME] || entry.family != platform::address_family::inet ||
             entry.address_length != sizeof(sockaddr_in))
             continue;
         const std::string netmask = numericHost(entry.netmask, sizeof(sockaddr_in));
@@ -56,79 +48,60 @@ bool ipv4Lists(const std::string& ifname, std::string& ipv4, std::string& netmas
             printErrLog(LABEL, "getnameinfo netmask error");
             continue;
         }
-        if (netmasks.find(netmask) == std::string::npos)
-            appendToList(netmasks, netmask);
+        if (joinedList(netmasks).find(netmask) == std::string::npos)
+            netmasks.push_back(netmask);
         const std::string address = numericHost(entry.address, entry.address_length);
         if (address.empty())
             printErrLog(LABEL, "getnameinfo IP error");
         else
-            appendToList(ipv4, address);
+            ipv4.push_back(address);
     }
-    return true;
+    fields[LAN_IPV4] = joinedList(ipv4);
+    fields[LAN_NETMASKS] = joinedList(netmasks);
 }
 
-// An interface that is administratively down may still show an active medium.
-bool isLinkUp(const std::string& ifname, unsigned flags) {
-    return (flags & platform::INTERFACE_UP) != 0 && getMediaStatus(ifname) == "active";
-}
-
-// The twelve fields of an interface. False when the walk must end.
-bool buildRecord(int row, const platform::ifmibdata& data, std::string& record) {
-    const std::string ifname = interfaceName(data);
-    std::string ipv4, netmasks;
-    if (!ipv4Lists(ifname, ipv4, netmasks))
-        return false;
-    char mac[18];
-    getMac(ifname, mac);
-
-    const std::string ipv6 = getIPv6(ifname);
-    const std::string fields[] = {std::to_string(row),
-                                  mac,
-                                  ifname,
-                                  ipv4,
-                                  ipv6,
-                                  getGateway(ipv6),
-                                  netmasks,
-                                  getFQDN(),
-                                  getDNS(ifname),
-                                  std::to_string(linkSpeed(ifname)),
-                                  getDescription(ifname),
-                                  isLinkUp(ifname, data.ifmd_flags) ? NETWORK_UP : NETWORK_DOWN};
-    record.clear();
-    for (const std::string& field : fields)
-        record.append(field).append(";");
-    return true;
+std::string recordOf(const interface_row& row, const addresses& all) {
+    const interface_facts& facts = factsOf(row.name);
+    lan_fields fields;
+    fields[LAN_INDEX] = std::to_string(row.row);
+    fields[LAN_MAC] = getMac(all, row.name);
+    fields[LAN_NAME] = row.name;
+    putIpv4(all, fields);
+    fields[LAN_IPV6] = getIPv6(row.name);
+    fields[LAN_GATEWAY] = getGateway(row.name);
+    fields[LAN_HOST] = getFQDN();
+    fields[LAN_DNS] = getDNS(row.name);
+    fields[LAN_SPEED] = std::to_string(facts.speed);
+    fields[LAN_DESCRIPTION] = getDescription(row.name);
+    fields[LAN_LINK] = facts.link_up ? NETWORK_UP : NETWORK_DOWN;
+    return lanRecord(fields);
 }
 
 // Appends a record per interface, the highest row first. Returns their number.
 int collect(list*& head, list*& prev) {
-    int count = 0, rows = 0;
-    if (platform::interface_count(rows) != 0) {
+    const auto rows = walkInterfaces(MAX_LAN_RECORDS);
+    if (!rows.has_value())
         printErrLog("Lan ->", "command not found");
+    if (!rows.has_value() || rows->empty())
+        return 0;
+    addresses all;
+    if (platform::interface_addresses(all) != 0) {
+        printErrLog(LABEL, "getifaddrs error");
         return 0;
     }
-    walkInterfaces(rows, [&](int row, const platform::ifmibdata& data) {
-        std::string record;
-        if (!buildRecord(row, data, record))
-            return false;
+    askNetworkTools(*rows);
+    for (const interface_row& row : *rows) {
         list* node = appendNode(head, prev);
-        node->no = row;
-        copyText(node->parm, record);
-        return ++count < MAX_LAN_RECORDS;
-    });
-    return count;
+        node->no = row.row;
+        copyText(node->parm, recordOf(row, all));
+    }
+    return static_cast<int>(rows->size());
 }
 
-void normalise(list& node) {
-    std::string text = node.parm;
-    replaceEmptyToNAExceptDoubleColon(text);
-    copyText(node.parm, text);
-}
-
-std::string macKey(const list& node) {
-    std::vector<std::string> fields = splitFields(node.parm, ";", 2);
-    fields.resize(2);
-    return fields[1].substr(0, MAC_KEY_LENGTH);
+std::string macKey(const list* node) {
+    std::vector<std::string> fields = splitFields(node->parm, ";", LAN_MAC + 1);
+    fields.resize(LAN_MAC + 1);
+    return fields[LAN_MAC].substr(0, MAC_KEY_LENGTH);
 }
 
 } // namespace
@@ -136,57 +109,39 @@ std::string macKey(const list& node) {
 int getLan() {
     list *head = nullptr, *prev = nullptr;
     const int count = collect(head, prev);
-    std::printf("Lan items %d%d\n", count / 255, count % 255);
-    lanSort(head);
-    for (list* node = head; node != nullptr; node = node->next) {
-        normalise(*node);
-        std::printf("Lan : (%d)%s\n", node->no, node->parm);
-    }
-    printIntLog("Lan items ->", count);
-    if (count > 0) {
-        ipmiCmdSet(PARM_LAN_COUNT, itemCount(count));
-        for (const list* node = head; node != nullptr; node = node->next) {
-            printLog("Lan ->", "(" + std::to_string(node->no) + ")" + node->parm);
-            ipmiCmdSet(PARM_LAN, node->parm);
-        }
+    // What a stop interrupts is not known.
+    if (!stopRequested()) {
+        lanSort(head, prev);
+        showList(LAN_REPORT, head, count);
+        uploadList(LAN_REPORT, head, count);
         addNetworkSELRecord(head);
     }
     freeNodes(head, prev);
     return 0;
 }
 
-int getMac(const std::string& ifname, char (&macaddrstr)[18]) {
-    macaddrstr[0] = '\0';
-    std::vector<platform::interface_address> addresses;
-    if (platform::interface_addresses(addresses) != 0)
-        return 0;
-    const auto link = std::find_if(addresses.begin(), addresses.end(), [&](const auto& entry) {
+std::string getMac(const addresses& all, const std::string& ifname) {
+    const auto link = std::find_if(all.begin(), all.end(), [&](const auto& entry) {
         return entry.name == ifname && entry.family == platform::address_family::link;
     });
-    if (link == addresses.end() || !link->has_mac)
-        return 0;
+    if (link == all.end() || !link->has_mac)
+        return "";
     const std::array<std::uint8_t, 6>& mac = link->mac;
-    std::snprintf(macaddrstr, sizeof macaddrstr, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1],
-                  mac[2], mac[3], mac[4], mac[5]);
-    return 1;
+    char text[18];
+    std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2],
+                  mac[3], mac[4], mac[5]);
+    return text;
 }
 
-void lanSort(list* start) {
-    list* end = nullptr;
-    bool exchanged = start != nullptr;
-    while (exchanged) {
-        exchanged = false;
-        list* node = start;
-        for (; node->next != end; node = node->next)
-            if (macKey(*node) > macKey(*node->next)) {
-                swap(node, node->next);
-                exchanged = true;
-            }
-        end = node;
+void lanSort(list*& head, list*& prev) {
+    std::vector<list*> nodes;
+    for (list* node = head; node != nullptr; node = node->next)
+        nodes.push_back(node);
+    std::stable_sort(nodes.begin(), nodes.end(),
+                     [](const list* a, const list* b) { return macKey(a) < macKey(b); });
+    head = prev = nullptr;
+    for (list* node : nodes) {
+        node->next = nullptr;
+        appendNodes(head, prev, node, node);
     }
-}
-
-void swap(list* a, list* b) {
-    std::swap(a->no, b->no);
-    std::swap(a->parm, b->parm);
 }

@@ -1,18 +1,19 @@
 // One record of twelve fields per network interface.
 #pragma once
 
+#include "platform/platform.h"
 #include "system_info.h"
 
 #include <string>
+#include <vector>
 
-// Collects, prints, logs and uploads (parameters 194 and 195), then raises link events. Returns 0.
+// Collects, prints, logs and uploads (parameters 194 and 195), then raises link events. Nothing is
+// told when a stop came meanwhile. Returns 0.
 int getLan();
 
-// The "%02x:..." text of the interface's link-level address into an 18-byte buffer; 1 when there
-// is one, else 0 with the buffer empty.
-int getMac(const std::string& ifname, char (&macaddrstr)[18]);
+// The interface's link-level address as "%02x:..." text, empty when there is none of six bytes.
+std::string getMac(const std::vector<platform::interface_address>& addresses,
+                   const std::string& ifname);
 
-// Sorts by the first 12 characters of the MAC field, equal ones in their order; swap exchanges two
-// records whole.
-void lanSort(list* start);
-void swap(list* a, list* b);
+// Sorts by the first 12 characters of the MAC field, equal ones in their order.
+void lanSort(list*& head, list*& prev);

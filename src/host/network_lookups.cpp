@@ -1,9 +1,19 @@
 #include "host/network_lookups.h"
 
 #include "config/logs.h"
-#include "host/shell_operand.h"
-#include "shell.h"
+#include "host/interface_facts.h"
+#include "host/lan_record.h"
+#include "platform/platform.h"
 #include "text.h"
+#include "tools/ask.h"
+#include "tools/netstat.h"
+#include "tools/one_line.h"
+#include "tools/pciconf.h"
+#include "tools/resolv_conf.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
 
 namespace {
 
@@ -11,53 +21,110 @@ constexpr const char* LABEL = "Lan ->";
 constexpr const char* FQDN_LABEL = "FQDN ->";
 constexpr const char* DESCRIPTION_LABEL = "get description ->";
 
-std::string statusPipeline(const std::string& iface) {
-    return "ifconfig " + shellOperand(iface) + " | grep status | awk '{print $2}'";
+constexpr std::size_t DESCRIPTION_MOST = 256;
+constexpr std::size_t NARROWEST_NETIF = 6; // a longer name may be cut in a routing table
+
+using routes = std::vector<listed_route>;
+
+// What was told last.
+routes ipv4_routes, ipv6_routes;
+std::map<std::string, pci_device> adapters;
+std::string name_servers;
+
+std::set<std::string> names;           // of the interfaces of this cycle
+std::set<std::string> described_names; // of those there were when the adapters were told
+
+void askRoutes(const char* family, routes& last) {
+    const reply& answer = ask({netstatCommand(family), LABEL, {}, NETSTAT_BYTES, true});
+    if (!answer.known)
+        return;
+    std::string_view text = answer.text;
+    if (answer.end == program_end::cut) // half an address would be another address
+        text = text.substr(0, text.rfind('\n') + 1);
+    last = parseNetstat(text);
+}
+
+void askAdapters() {
+    if (names == described_names)
+        return;
+    const reply& answer = ask({pciconfCommand(), DESCRIPTION_LABEL});
+    if (answer.end == program_end::missing || answer.end == program_end::not_started)
+        printErrLog(DESCRIPTION_LABEL, "command not found");
+    else if (answer.known) {
+        adapters = parsePciconf(answer.text);
+        described_names = names;
+    }
+}
+
+// Whether a routing table's name of an interface means this one.
+bool isMeant(const std::string& listed, const std::string& iface) {
+    const auto begins = [&](const std::string& name) {
+        return name.compare(0, listed.size(), listed) == 0;
+    };
+    if (listed == iface)
+        return true;
+    return listed.size() >= NARROWEST_NETIF && begins(iface) && names.count(listed) == 0 &&
+           std::count_if(names.begin(), names.end(), begins) == 1;
+}
+
+template <class Fits>
+std::string gatewayOfFirst(const routes& table, Fits fits) {
+    const auto found = std::find_if(table.begin(), table.end(), fits);
+    return found == table.end() ? "" : found->gateway;
 }
 
 } // namespace
 
-std::string getIPv6(const std::string& iface) {
-    return captureJoined("ifconfig " + shellOperand(iface) + " | grep inet6 | awk '{print $2}'",
-                         LABEL, ",");
+void askNetworkTools(const std::vector<interface_row>& rows) {
+    names.clear();
+    for (const interface_row& row : rows)
+        names.insert(row.name);
+    askInterfaces(rows);
+    askRoutes("-4", ipv4_routes);
+    askRoutes("-6", ipv6_routes);
+    askAdapters();
+    name_servers = joinedList(parseResolvConf(tools.read_file(RESOLV_CONF).value_or("")));
 }
 
-std::string getGateway(const std::string& ipv6) {
-    if (ipv6.empty())
-        return "";
-    const char* grep = isPlainOperand(ipv6) ? "grep " : "grep -F ";
-    return captureValue("netstat -rn -6 | " + (grep + shellOperand(ipv6)) + " | awk '{print $2}'",
-                        LABEL);
+std::string getIPv6(const std::string& iface) {
+    return joinedList(factsOf(iface).ipv6);
+}
+
+std::string getGateway(const std::string& iface) {
+    const auto isDefault = [&](const listed_route& route) {
+        return route.destination == "default" && isMeant(route.interface, iface);
+    };
+    const std::vector<std::string>& addresses = factsOf(iface).ipv6;
+    const auto carriesAddress = [&](const listed_route& route) {
+        return std::any_of(addresses.begin(), addresses.end(), [&](const std::string& address) {
+            return address == route.destination || address == route.gateway;
+        });
+    };
+    std::string gateway = gatewayOfFirst(ipv4_routes, isDefault);
+    if (gateway.empty())
+        gateway = gatewayOfFirst(ipv6_routes, isDefault);
+    return gateway.empty() ? gatewayOfFirst(ipv6_routes, carriesAddress) : gateway;
 }
 
 std::string getFQDN() {
     std::string name;
-    if (!captureLine("hostname", FQDN_LABEL, name))
-        printErrLog(FQDN_LABEL, "command not found");
+    if (platform::host_name(name) != 0)
+        name = parseOneLine(ask({{"hostname"}, FQDN_LABEL}).text);
     dropNewline(name);
+    if (name.empty())
+        printErrLog(FQDN_LABEL, "command not found");
     return name;
 }
 
 std::string getDNS(const std::string& iface) {
-    // Not in backquotes: they would end at one in the name, however that is quoted.
-    return captureJoined("status=$(" + statusPipeline(iface) +
-                             "); if [ \"$status\" = active ]; then cat /etc/resolv.conf | grep "
-                             "nameserver | awk '{print $2}'; fi",
-                         LABEL, ",");
+    return factsOf(iface).active ? name_servers : "";
 }
 
 std::string getDescription(const std::string& iface) {
-    bool started = false;
-    std::string description = captureJoined(
-        "pciconf -lv " + shellOperand(iface) +
-            " | egrep -i 'vendor|device' | cut -d'=' -f2 | sed -e 's/ *//' | awk 1 ORS=' ' | "
-            "sed -e 's/^[ \t]*//;s/[ \t]*$//' | sed -e \"s/'//g\"",
-        DESCRIPTION_LABEL, "", &started);
-    if (!started)
-        printErrLog(DESCRIPTION_LABEL, "command not found");
-    return description;
-}
-
-std::string getMediaStatus(const std::string& iface) {
-    return captureValue(statusPipeline(iface), LABEL);
+    const auto found = adapters.find(iface);
+    if (found == adapters.end())
+        return "";
+    const pci_device& device = found->second;
+    const bool both = !device.vendor.empty() && !device.device.empty();
+    return (device.vendor + (both ? " " : "") + device.device).substr(0, DESCRIPTION_MOST);
 }

@@ -1,11 +1,11 @@
 #include "host/network_usage.h"
 
-#include "bmc/parameter_upload.h"
+#include "bmc/report.h"
 #include "config/logs.h"
+#include "host/interface_facts.h"
 #include "host/interface_walk.h"
-#include "host/media_speed.h"
 #include "host/network_events.h"
-#include "platform/platform.h"
+#include "host/samples.h"
 #include "text.h"
 
 #include <cstdint>
@@ -18,35 +18,44 @@ network_usage_list* network_prev = nullptr;
 
 namespace {
 
-constexpr int MAX_INTERFACES = 32;
+constexpr std::size_t MAX_INTERFACES = 32;
 constexpr double BITS_PER_MBIT = 1048576;
 
-// Held over the sample list by the memory and the monitor thread, never while a command runs or
+constexpr list_report USAGE_REPORT = {"Network Usage items %d%d\n",
+                                      "Network Usage -> ",
+                                      "Network Usage items ->",
+                                      "Network Usage % ->",
+                                      PARM_NETWORK_COUNT,
+                                      PARM_NETWORK,
+                                      false,
+                                      nullptr};
+
+// Held over the sample list by the memory and the monitor thread, never while a program runs or
 // an upload waits.
 std::mutex network_guard;
+unsigned long seconds = 0; // see network_usage_list
 
-// Appends a sample per interface and returns their number.
-int sampleInterfaces() {
-    int rows = 0, count = 0;
-    if (platform::interface_count(rows) != 0) {
-        printErrLog("Network Usage ->", "command not found");
-        return 0;
+// Appends a sample per interface. The guard is held from before the walk, so that the samples of
+// two threads stand in time order.
+std::optional<std::vector<interface_row>> sampleInterfaces() {
+    auto rows = walkInterfaces(MAX_INTERFACES);
+    if (!rows.has_value())
+        return rows;
+    ++seconds;
+    for (const interface_row& row : *rows) {
+        network_usage_list* sample = appendNode(network_head, network_prev);
+        sample->no = row.data.ifi_ibytes + row.data.ifi_obytes;
+        sample->second = seconds;
+        copyText(sample->parm, row.name);
     }
-    network_usage_list *head = nullptr, *prev = nullptr;
-    walkInterfaces(rows, [&](int, const platform::ifmibdata& data) {
-        network_usage_list* sample = appendNode(head, prev);
-        sample->no = data.ifi_ibytes + data.ifi_obytes;
-        copyText(sample->parm, interfaceName(data));
-        return ++count < MAX_INTERFACES;
+    dropOldest(network_head, network_prev, [](const network_usage_list& sample) {
+        return seconds - sample.second >= SAMPLE_SECONDS_MOST;
     });
-    const std::lock_guard<std::mutex> held(network_guard);
-    appendNodes(network_head, network_prev, head, prev);
-    return count;
+    return rows;
 }
 
 // Empties the sample list into a list of the caller's.
 void takeSamples(network_usage_list*& head, network_usage_list*& prev) {
-    const std::lock_guard<std::mutex> held(network_guard);
     head = network_head;
     prev = network_prev;
     network_head = network_prev = nullptr;
@@ -72,7 +81,7 @@ float meanUtilisation(const network_usage_list* samples, const std::string& name
 }
 
 std::string utilisationText(const network_usage_list* samples, const std::string& name) {
-    const int speed = linkSpeed(name);
+    const int speed = factsOf(name).speed;
     if (speed < 1)
         return "unknown media type";
     const float mean = meanUtilisation(samples, name, speed);
@@ -83,49 +92,54 @@ std::string utilisationText(const network_usage_list* samples, const std::string
     return text;
 }
 
-std::string usageRecord(const network_usage_list* samples, const platform::ifmibdata& data) {
-    const std::string name = interfaceName(data);
-    if ((data.ifmd_flags & platform::INTERFACE_UP) == 0)
-        return name + ":0:" + NETWORK_DOWN + ";0;0;0;0;";
-    std::string record = name + ":" + utilisationText(samples, name) + ":" + NETWORK_UP + ";";
+std::string usageRecord(const network_usage_list* samples, const interface_row& row) {
+    if (!row.up)
+        return row.name + ":0:" + NETWORK_DOWN + ";0;0;0;0;";
+    std::string record =
+        row.name + ":" + utilisationText(samples, row.name) + ":" + NETWORK_UP + ";";
     for (const std::uint64_t counter :
-         {data.ifi_ibytes, data.ifi_ierrors, data.ifi_obytes, data.ifi_oerrors})
+         {row.data.ifi_ibytes, row.data.ifi_ierrors, row.data.ifi_obytes, row.data.ifi_oerrors})
         record += std::to_string(counter) + ";";
     return record;
 }
 
-void uploadRecords(const network_usage_list* samples, int count) {
-    printIntLog("Network Usage items ->", count);
-    ipmiCmdSet(PARM_NETWORK_COUNT, itemCount(count));
-    int rows = 0, sent = 0;
-    if (platform::interface_count(rows) != 0)
+void report(const network_usage_list* samples, const std::vector<interface_row>& rows) {
+    const int count = static_cast<int>(rows.size());
+    std::printf(USAGE_REPORT.count_printed, count / COUNT_BASE, count % COUNT_BASE);
+    if (count == 0)
         return;
-    walkInterfaces(rows, [&](int, const platform::ifmibdata& data) {
-        const std::string record = usageRecord(samples, data);
-        printLog("Network Usage % ->", record);
-        std::printf("Network Usage -> %s\n", record.c_str());
-        ipmiCmdSet(PARM_NETWORK, record);
-        return ++sent < count;
+    printIntLog(USAGE_REPORT.count_logged, count);
+    askInterfaces(rows);
+    list *head = nullptr, *prev = nullptr;
+    for (const interface_row& row : rows)
+        copyText(appendNode(head, prev)->parm, usageRecord(samples, row));
+    // Each record is printed when its turn comes: a refusal of the one before stands between.
+    uploadList(USAGE_REPORT, head, count, [](const list& item, std::size_t) {
+        std::printf("%s%s\n", USAGE_REPORT.item_printed, item.parm);
     });
+    freeNodes(head, prev);
 }
 
 } // namespace
 
 void dropNetworkSamples() {
-    network_usage_list *samples = nullptr, *last = nullptr;
-    takeSamples(samples, last);
-    freeNodes(samples, last);
+    const std::lock_guard<std::mutex> held(network_guard);
+    freeNodes(network_head, network_prev);
 }
 
 int getNetworkUsage(int sendCmd) {
-    const int count = sampleInterfaces();
-    if (sendCmd != 1)
-        return 0;
+    std::optional<std::vector<interface_row>> rows;
     network_usage_list *samples = nullptr, *last = nullptr;
-    takeSamples(samples, last);
-    std::printf("Network Usage items %d%d\n", count / 255, count % 255);
-    if (count > 0)
-        uploadRecords(samples, count);
+    {
+        const std::lock_guard<std::mutex> held(network_guard);
+        rows = sampleInterfaces();
+        if (sendCmd == 1)
+            takeSamples(samples, last);
+    }
+    if (!rows.has_value())
+        printErrLog("Network Usage ->", "command not found");
+    if (sendCmd == 1)
+        report(samples, rows.value_or(std::vector<interface_row>()));
     freeNodes(samples, last);
     return 0;
 }

@@ -1,46 +1,37 @@
 #include "host/os_identity.h"
 
-#include "bmc/parameter_upload.h"
+#include "bmc/report.h"
 #include "config/logs.h"
-#include "shell.h"
 #include "text.h"
+#include "tools/ask.h"
+#include "tools/one_line.h"
 
 #include <cstdio>
 
 namespace {
 
-struct os_value {
-    const char* command;
-    const char* label;
-    const char* print_format;
-    BYTE parm;
-};
+constexpr value_report OS_NAME = {"OS name", "OS name ->", PARM_OS_NAME};
+constexpr value_report OS_VERSION = {"OS version", "OS version ->", PARM_OS_VERSION};
 
-constexpr os_value OS_NAME = {"uname", "OS name ->", "OS name : %s\n", PARM_OS_NAME};
-constexpr os_value OS_VERSION = {"uname -r -p", "OS version ->", "OS version : %s\n",
-                                 PARM_OS_VERSION};
-
-int reportOsValue(const os_value& value) {
-    std::string text;
-    if (!captureLine(value.command, value.label, text)) {
+int reportOsValue(const value_report& how, const command_line& words) {
+    std::string text = parseOneLine(ask({words, how.logged}).text);
+    if (text.empty()) {
         text = "n/a";
-        printErrLog(value.label, "command not found");
+        printErrLog(how.logged, "command not found");
     }
     if (dropNewline(text))
         text += ';';
     replaceEmptyToNA(text);
-    std::printf(value.print_format, text.c_str());
-    printLog(value.label, text);
-    ipmiCmdSet(value.parm, text);
+    reportValue(how, text);
     return 0;
 }
 
 } // namespace
 
 int getOSName() {
-    return reportOsValue(OS_NAME);
+    return reportOsValue(OS_NAME, {"uname"});
 }
 
 int getOSVersion() {
-    return reportOsValue(OS_VERSION);
+    return reportOsValue(OS_VERSION, {"uname", "-r", "-p"});
 }

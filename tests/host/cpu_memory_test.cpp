@@ -1,73 +1,72 @@
 #include "host/cpu_memory.h"
+#include "host/os_identity.h"
 #include "network_host.h"
 
 namespace {
 
 class Usage : public NetworkHost {
   protected:
-    Usage() {
-        host.tool("sysctl", "echo \"hw.physmem: 1073741824\"");
-        host.tool("top", "echo 'last pid: 1'; cat \"$VYN_SIM_HOST/top\"; echo 'Swap: 1024M Total'");
-    }
-    void memLine(const std::string& items) const {
-        host.file("top", "Mem: " + items + "\n");
+    // What is found, and what is told of it.
+    using Cases = std::vector<std::pair<std::string, std::string>>;
+
+    template <class Give, class Call>
+    void check(const Cases& cases, Give give, Call call, int selector, const std::string& label) {
+        for (const auto& [found, told] : cases) {
+            give(found);
+            EXPECT_EQ(printed(call), told.empty() ? "" : label + " : " + told + "\n");
+            EXPECT_EQ(values(selector), Texts{told}) << found;
+        }
     }
 };
 
 TEST_F(Usage, UploadsTheBusyShareSinceTheCallBefore) {
-    const std::pair<const char*, const char*> calls[] = {
-        {"1 2 3 4 90\n", "10.00;"}, // since boot
-        {"2 2 3 4 92\n", "33.33;"},
-        {"2 2 3 x 92\n", "0.00;"}, // unreadable
-        {"4294967290 2 3 4 4294967295\n", "50.00;"},
-        {"4 2 3 4 9\n", "50.00;"},         // wrapped at 32 bits
-        {"2 2 3 4 8999998\n", "-0.00;"},   // a counter was reset
-        {"2 2 3 8999993 8\n", "-899998;"}, // cut to its seven characters
-    };
-    for (const auto& [ticks, text] : calls) {
-        host.file("cp_time.txt", ticks);
-        bmc.forget();
-        const std::string out = printed(getCPUUsage);
-        EXPECT_EQ(values(196), Texts{text}) << ticks;
-        EXPECT_EQ(out, std::string("CPU Usage % : ") + text + "\n");
-    }
+    check(
+        {{"1 2 3 4 90\n", "10.00;"}, // since boot
+         {"2 2 3 4 92\n", "33.33;"},
+         {"2 2 3 x 92\n", "0.00;"}, // unreadable
+         {"4294967290 2 3 4 4294967295\n", "50.00;"},
+         {"4 2 3 4 9\n", "50.00;"},          // wrapped at 32 bits
+         {"2 2 3 4 8999998\n", "-0.00;"},    // a counter was reset
+         {"2 2 3 8999993 8\n", "-899998;"}}, // cut to its seven characters
+        [&](const std::string& ticks) { host.file("cp_time.txt", ticks); }, getCPUUsage, 196,
+        "CPU Usage %");
 }
 
-TEST_F(Usage, MeasuresMemoryByTheLineOfTop) {
-    const std::pair<const char*, std::string> cases[] = {
-        {"1M Active, 256M Inact, 9M Wired, 9M Buf, 256M Free", "50;"},
-        {"1M Active, 128M Inact, 9M Wired, 9M Cache, 9M Buf, 128M Free", "75;"},
-        {"1M Active, 128M Inact, 9M Laundry, 9M Wired, 131072K Free", "75;"},
-        {"1M Active, 0 Inact, 9M Wired, 9M Buf, 1G Free", "0;"},
-        {"1M Active, 9999999999999G Inact, 9M Wired, 9M Buf, 1G Free", "-21474836;"},
-        {"1M Active, 256M Inact, 9M Wired, 256M Free", ""},
-        {"1M Active, 256M Inact, 9M Wired, 9M Buf, 0 Free", ""}, // no unit
-        {"1M Active, $(>x)`>x` Inact, 9M Wired, 9M Buf, ;>x Free", ""},
-    };
-    for (const auto& [items, text] : cases) {
-        memLine(items);
-        bmc.forget();
-        const std::string out = printed([] { getMemoryUsage(1); });
-        EXPECT_EQ(values(197), Texts{text}) << items;
-        EXPECT_EQ(out, text.empty() ? "" : "Memory Usage % : " + text + "\n");
-    }
-    EXPECT_EQ(datedLog("err").size(), 3U);
-    EXPECT_FALSE(std::filesystem::exists("x"));
+TEST_F(Usage, MeasuresMemoryAsTopShowsIt) {
+    check(
+        {{"1073741824 268435456 268435456", "50;"}, // physical, inactive, free
+         {"102400000 0 102398976", "0;"},           // 99999 kilobytes are shown as they are
+         {"104857600 0 103284736", "1;"},           // 100864: 98.5 megabytes, shown as 99
+         {"104857600 0 103283712", "2;"},           // 100863: 98
+         {"107374182400 0 106837311488", "0;"},     // 99.5 gigabytes, shown as 100
+         {"1 9223372036854775807 1", "-21474836;"},
+         {"0 0 0", ""},
+         {"1 x 1", ""}},
+        [&](const std::string& amounts) { host.file("memory.txt", amounts); },
+        [] { getMemoryUsage(1); }, 197, "Memory Usage %");
+    EXPECT_EQ(datedLog("err"), Texts(2, "Memory Usage ->  command not found"));
 }
 
-TEST_F(Usage, UploadsTheMeanOfAllSamples) {
-    for (const int used : {40, 41, 43, 44}) {
-        memLine("1K Active, 0 Inact, 1K Wired, 1K Buf, " +
-                std::to_string((100 - used) * 1073741824LL / 100 / 1024 - 1) + "K Free");
-        const std::string out = printed([used] { getMemoryUsage(used == 44); });
-        EXPECT_EQ(out, used == 44 ? "Memory Usage % : 42;\n" : "");
+TEST_F(Usage, UploadsTheMeanOfTheNewestSamples) {
+    for (int i = 0; i < 699; ++i) { // 99 are too old in the end, 300 of 100 % and 300 of 40 % stay
+        host.file("memory.txt", i < 400 ? "100 0 0" : "10240 0 6144");
+        getMemoryUsage(0);
     }
-    EXPECT_EQ(values(197), Texts{"42;"});
+    EXPECT_EQ(printed([] { getMemoryUsage(1); }), "Memory Usage % : 70;\n");
     getMemoryUsage(0);
-    host.file("top", "");
+    host.remove("memory.txt");
     printed([] { getMemoryUsage(1); }); // nothing of its own: the samples are dropped
-    EXPECT_EQ(values(197).back(), "");
+    EXPECT_EQ(values(197), Texts{""});
     EXPECT_EQ(memory_head, nullptr);
+}
+
+TEST_F(Usage, TellsTheSystemInItsFirstLine) {
+    check(
+        {{"10.1-RELEASE amd64\nmore\n", "10.1-RELEASE amd64;"},
+         {std::string(300, 'x') + "\n", std::string(255, 'x')},
+         {"", "n/a"}},
+        [](const std::string& text) { says("uname -p", text); }, getOSVersion, 193, "OS version");
+    EXPECT_EQ(datedLog("err"), Texts{"OS version ->  command not found"});
 }
 
 } // namespace

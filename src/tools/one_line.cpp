@@ -1,0 +1,8 @@
+#include "tools/one_line.h"
+
+std::string parseOneLine(std::string_view text) {
+    constexpr std::size_t MOST = 255;
+    text = text.substr(0, MOST);
+    const std::size_t end = text.find('\n');
+    return std::string(text.substr(0, end == text.npos ? end : end + 1));
+}
