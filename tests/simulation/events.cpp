@@ -1,0 +1,299 @@
+// Which events are due after a pass. A subject whose questions were all answered as the world has
+// it owes its events; one that could not be asked may tell what is true, and nothing else.
+#include "oracle.h"
+
+#include <algorithm>
+
+namespace sim {
+
+namespace {
+
+constexpr int LINES_MOST = 256;
+constexpr std::size_t LAN_MOST = 31;
+constexpr std::uint8_t ASSERTED = 0x70, CLEARED = 0xF0;
+
+std::string flaw; // the first one of this pass
+std::vector<bool> used; // attempts that were due
+std::size_t next = 0;   // the first attempt behind the last that was due in order
+
+void object(const std::string& text) {
+    if (flaw.empty())
+        flaw = text;
+}
+
+enum class Told { taken, refused, absent };
+
+// An event is due: whether it was sent, and taken. `in_order` false: anywhere in what is left.
+Told tell(const bmcsim::Bytes& event, bool required, const std::string& who, bool in_order = true) {
+    const std::size_t count = stage.events.size();
+    std::size_t at = next;
+    while (!in_order && at < count && (used[at] || stage.events[at].event != event))
+        ++at;
+    if (at < count && stage.events[at].event == event) {
+        used[at] = true;
+        while (next < count && used[next])
+            ++next;
+        return stage.events[at].taken ? Told::taken : Told::refused;
+    }
+    if (required && !stage.away)
+        object("missed event: due was " + bmcsim::hexText(event) + " of " + who +
+               (next < count ? ", told was " + bmcsim::hexText(stage.events[next].event) : ""));
+    return Told::absent;
+}
+
+// ---- Links
+
+bool rowReadable(const Nic& nic) {
+    if (faultOf(Trouble::row_count) != nullptr || faultOf(Trouble::addresses) != nullptr ||
+        faultOf(Trouble::row_gone, nic.row) != nullptr)
+        return false;
+    return std::none_of(stage.faults.begin(), stage.faults.end(), [&](const Fault& fault) {
+        return fault.what == Trouble::row_error && fault.number >= nic.row;
+    });
+}
+
+void judgeLink(Memory& memory, const Nic& nic) {
+    const bool up = nic.up && nic.active();
+    bool& told = memory.links[nic.name];
+    if (up == told)
+        return;
+    const bool required = rowReadable(nic) && answered("ifconfig -a");
+    const bmcsim::Bytes event = {0x41, 0x04, 0xD0, 0xFF, 0x6F, static_cast<std::uint8_t>(up ? 0xA1 : 0xA2),
+                                 static_cast<std::uint8_t>(nic.row), 0xFF};
+    if (!stage.world.link_events) {
+        told = required ? up : told; // nothing is sent; it counts as told all the same
+        return;
+    }
+    if (tell(event, required, nic.name) == Told::taken)
+        told = up;
+}
+
+void judgeLinks(Memory& memory) {
+    std::vector<const Nic*> nics = reportedNics(stage.world, LAN_MOST);
+    std::stable_sort(nics.begin(), nics.end(), [](const Nic* a, const Nic* b) {
+        return a->mac.substr(0, 12) < b->mac.substr(0, 12);
+    });
+    for (const Nic* nic : nics)
+        judgeLink(memory, *nic);
+}
+
+// ---- Drives
+
+struct Rule {
+    Family family;
+    const char* state;
+    std::uint8_t type;
+};
+constexpr Rule RULES[] = {
+    {ONBOARD, "Fail", 0xA1},      {ONBOARD, "PredictiveFailureAnalysis", 0xA2},
+    {IT, "Degraded", 0xA2},       {IT, "Failed", 0xA1},
+    {IT, "HotSpare", 0xA3},       {IT, "OutofSync", 0xA5},
+    {IT, "Rebuilding", 0xA7},     {RAID, "Degraded", 0xA2},
+    {RAID, "UBad", 0xA1},         {RAID, "UBUnsp", 0xA1},
+    {RAID, "DHS", 0xA3},          {RAID, "GHS", 0xA3},
+    {RAID, "HSPShld", 0xA3},      {RAID, "OutofSync", 0xA5},
+    {RAID, "Rbld", 0xA7},
+};
+
+std::uint8_t typeOf(Family family, const std::string& state) {
+    for (const Rule& rule : RULES)
+        if (rule.family == family && state == rule.state)
+            return rule.type;
+    return 0;
+}
+
+// What a change from `old` to `state` clears, 0: nothing. A failed onboard drive only clears by
+// being well again.
+std::uint8_t clearedBy(Family family, const std::string& old, const std::string& state) {
+    const std::uint8_t type = typeOf(family, old);
+    return family == ONBOARD && type == 0xA1 && state != "OK" ? 0 : type;
+}
+
+std::uint8_t byte(int value) {
+    return static_cast<std::uint8_t>(value);
+}
+
+bmcsim::Bytes driveEvent(const Item& item, std::uint8_t alert, std::uint8_t type) {
+    bmcsim::Bytes event = {0x41, 0x04, 0x0D, 0xFF, alert, type, byte(std::max(item.index, 0)), 0xFF};
+    if (item.family == IT) {
+        event[3] = 0x5F;
+        event[6] = byte(item.slot);
+        event[7] = byte(item.controller * 64 + (item.enclosure & 0x3F));
+    } else if (item.family == RAID) {
+        event[6] = byte(item.controller * 16 + (item.slot & 0x0F));
+    }
+    return event;
+}
+
+// The missing event of a RAID drive speaks with the sensor and the bytes of an IT drive. The index
+// of an onboard one is that of its arrival; without one, that of the drive missing before.
+bmcsim::Bytes missingEvent(Item item, std::uint8_t& previous) {
+    if (item.family == RAID)
+        item.family = IT;
+    bmcsim::Bytes event = driveEvent(item, ASSERTED, 0xA0);
+    if (item.family == ONBOARD && item.index < 0)
+        event[6] = previous;
+    previous = event[6];
+    return event;
+}
+
+// What is still to be told of a state, as far as it was sent.
+void judgeState(Subject& subject, const Item& item, bool required) {
+    const auto send = [&](std::uint8_t alert, std::uint8_t type) {
+        return type == 0 || tell(driveEvent(item, alert, type), required, item.key + " " + item.state) == Told::taken;
+    };
+    if (!subject.raised.empty()) {
+        if (!send(CLEARED, clearedBy(item.family, subject.told, subject.raised)))
+            return;
+        subject.told = std::exchange(subject.raised, "");
+    }
+    if (item.state == subject.told || !send(ASSERTED, typeOf(item.family, item.state)))
+        return;
+    subject.raised = item.state;
+    if (!send(CLEARED, clearedBy(item.family, subject.told, item.state)))
+        return;
+    subject.told = std::exchange(subject.raised, "");
+}
+
+// Of a drive that the pass lists and may have seen (`visible`: must have).
+void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool first_pass) {
+    const bool state_known = visible && (item.state_by.empty() || answered(item.state_by, true));
+    const auto found = drives.known.find(item.key);
+    const bool is_new = found == drives.known.end();
+    const bool first = first_pass || drives.listed == Memory::Drives::no ||
+                       (item.family == ONBOARD && drives.known.empty());
+    Subject subject = is_new ? Subject() : found->second;
+    if (is_new)
+        subject.presence = first ? Subject::present : Subject::untold;
+    const std::size_t before = next;
+    if (subject.presence != Subject::present) {
+        const bool required = visible && !(is_new && drives.listed == Memory::Drives::maybe);
+        const Told told = tell(driveEvent(item, CLEARED, 0xA0), required, item.key + " arrives");
+        if (told == Told::refused || (told == Told::absent && required)) {
+            subject.item = is_new ? item : subject.item;
+        } else if (told == Told::taken || is_new) {
+            subject.presence = Subject::present;
+            subject.item = item;
+        }
+        if (subject.presence != Subject::present) {
+            if (visible || next != before)
+                drives.known[item.key] = subject;
+            if (is_new && drives.known.size() != drives.order.size())
+                drives.order.push_back(item.key);
+            return;
+        }
+    }
+    if (is_new)
+        subject.item = item;
+    judgeState(subject, item, state_known);
+    if (is_new && !visible && next == before)
+        return; // nobody knows whether it was seen
+    drives.known[item.key] = subject;
+    if (is_new)
+        drives.order.push_back(item.key);
+}
+
+void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& there, bool whole) {
+    std::uint8_t previous = 0;
+    for (const std::string& key : drives.order) {
+        Subject& subject = drives.known[key];
+        if (there.count(key) != 0 || subject.presence == Subject::missing)
+            continue;
+        const bmcsim::Bytes event = missingEvent(subject.item, previous);
+        if (subject.presence == Subject::untold)
+            subject.presence = whole ? Subject::missing : subject.presence;
+        else if (tell(event, whole, key + " is missing", false) == Told::taken)
+            subject.presence = Subject::missing;
+    }
+}
+
+// Whether the pass lists all of a family for certain.
+bool listedWhole(Family family) {
+    const World& world = stage.world;
+    if (family == ONBOARD) {
+        const bool all = std::all_of(world.disks.begin(), world.disks.end(), [](const Disk& disk) {
+            return !disk.there || !disk.ata || answered("camcontrol identify " + disk.name);
+        });
+        return answered("geom disk list") && all;
+    }
+    const auto told = [&](bool installed, const char* list) {
+        return (!installed && stage.asked[list].genuine) || answered(list);
+    };
+    bool whole = told(world.has_sas3ircu, "sas3ircu list");
+    const bool cards = family == RAID && world.cards_enabled;
+    whole = whole && (!cards || (told(world.has_storcli, "storcli show") &&
+                                 faultOf(Trouble::file) == nullptr));
+    for (const Controller& one : world.controllers)
+        if (one.there && one.isSas() && world.has_sas3ircu)
+            whole = whole && answered(format("sas3ircu %d display", one.number));
+        else if (one.there && one.kind == Kind::card && world.has_storcli && cards)
+            whole = whole && answered(format("storcli /c%d show", one.number));
+    return whole;
+}
+
+void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
+    std::map<std::string, bool> there[FAMILIES];
+    int line = 0;
+    for (const Item& item : items) {
+        ++line;
+        if (item.family == NO_DRIVE || item.state == "Missing")
+            continue;
+        if (!there[item.family].emplace(item.key, true).second)
+            continue; // of two records of a place the first counts
+        const bool visible = line <= LINES_MOST && memory.mode_known &&
+                             std::all_of(item.listed_by.begin(), item.listed_by.end(),
+                                         [](const std::string& list) { return answered(list); });
+        judgeDrive(memory.drives[item.family], item, visible, memory.first_pass);
+    }
+    for (const Family family : {ONBOARD, IT, RAID}) {
+        Memory::Drives& drives = memory.drives[family];
+        const bool whole = memory.mode_known && line < LINES_MOST && line > 0 &&
+                           (rste ? family == ONBOARD && answered("graid list") : listedWhole(family));
+        if (!rste)
+            judgeMissing(drives, there[family], whole);
+        if (whole)
+            drives.listed = Memory::Drives::yes;
+        else if (drives.listed == Memory::Drives::no)
+            drives.listed = Memory::Drives::maybe;
+    }
+}
+
+// Which kind of storage the agent collects. It is decided in a static pass, when graid answers.
+void judgeMode(Memory& memory) {
+    if (memory.static_due || !memory.mode_known) {
+        const bool told = answered("graid list");
+        memory.rste = told ? stage.world.showsVolumes() : stage.asked.count("geom disk list") == 0;
+        if (memory.mode_known && told) // what was there before may be new to the other collector
+            for (Memory::Drives& drives : memory.drives)
+                if (drives.listed == Memory::Drives::yes)
+                    drives.listed = Memory::Drives::maybe;
+        memory.mode_known = told;
+    }
+}
+
+} // namespace
+
+bool answered(const std::string& command, bool any_status) {
+    const auto found = stage.asked.find(command);
+    return found != stage.asked.end() && found->second.genuine &&
+           (any_status || found->second.status == 0);
+}
+
+std::string judgeEvents(Memory& memory) {
+    flaw.clear();
+    used.assign(stage.events.size(), false);
+    next = 0;
+    judgeLinks(memory);
+    judgeMode(memory);
+    if (!memory.rste)
+        judgeDrives(memory, storageItems(stage.world), false);
+    else if (stage.world.rste_enabled)
+        judgeDrives(memory, rsteItems(stage.world), true);
+    for (std::size_t i = 0; i < used.size(); i++)
+        if (!used[i])
+            object("false event: told was " + bmcsim::hexText(stage.events[i].event) +
+                   ", nothing of the kind was due");
+    return flaw;
+}
+
+} // namespace sim

@@ -1,0 +1,63 @@
+// What is to be told of a world: composed from the truth, without a line of the agent.
+#pragma once
+
+#include "stage.h"
+
+namespace sim {
+
+enum Family { ONBOARD, IT, RAID, FAMILIES, NO_DRIVE = FAMILIES };
+
+// One storage record. That of a drive also says who has to answer for it.
+struct Item {
+    std::string text;
+    Family family = NO_DRIVE;
+    std::string key = {}, state = {};
+    int index = -1; // onboard: where it sits, -1: nobody knows
+    int controller = 0, enclosure = 0, slot = 0;
+    std::vector<std::string> listed_by = {}; // command lines
+    std::string state_by = {};               // empty: its list tells the state
+};
+
+std::vector<Item> storageItems(const World& world);
+std::vector<Item> rsteItems(const World& world);
+// The interfaces in the order of their records, at most `most`.
+std::vector<const Nic*> reportedNics(const World& world, std::size_t most);
+std::string lanRecord(const World& world, const Nic& nic);
+std::vector<std::string> nvmeRecords(const World& world);
+
+// ---- Samples between two passes
+
+struct Samples {
+    std::vector<int> memory; // percent
+    std::map<std::string, std::vector<std::uint64_t>> bytes;
+};
+void takeSample(Samples& samples, const World& world);
+std::string usageRecord(const Nic& nic, const Samples& samples);
+
+// What the oracle remembers of a history. judgePass says what is wrong with the pass on the stage,
+// in one line; nothing when all is as it has to be.
+struct Subject {
+    std::string told, raised; // states: told whole; asserted while the old one is not cleared yet
+    enum { present, missing, untold } presence = present;
+    Item item;
+};
+struct Memory {
+    bool first_pass = true;
+    std::map<std::string, bool> links; // by name: told up
+    struct Drives {
+        std::map<std::string, Subject> known;
+        std::vector<std::string> order; // of appearance
+        enum { no, maybe, yes } listed = no;
+    } drives[FAMILIES];
+    bool rste = false, mode_known = false, static_due = true;
+    std::array<std::int64_t, 5> ticks = {};
+    Samples samples;
+    std::string agent; // the agent's information
+};
+std::string judgePass(Memory& memory);
+std::string judgeEvents(Memory& memory);
+std::string judgeValues(Memory& memory);
+// Whether a command line was answered as the world has it, with success.
+bool answered(const std::string& command, bool any_status = false);
+
+} // namespace sim
