@@ -256,7 +256,7 @@ std::optional<Printed> answer(const World& world, const std::string& command) {
         return world.has_storcli ? std::optional(storcliAnswer(world, command)) : std::nullopt;
     if (program == "sas3ircu")
         return world.has_sas3ircu ? std::optional(sas3ircuAnswer(world, command)) : std::nullopt;
-    for (const char* other : {"ifconfig", "netstat", "pciconf", "uname"})
+    for (const char* other : {"ifconfig", "netstat", "pciconf", "uname", "hostname"})
         if (program == other)
             return networkAnswer(world, command);
     return diskAnswer(world, program, command);

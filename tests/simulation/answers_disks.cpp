@@ -143,12 +143,12 @@ std::string graid(const World& world) {
                        "Consumers:\n",
                        volume.geom.c_str(), volume.state.c_str(), volume.provider.c_str(),
                        volume.state.c_str(), count, volume.level, volume.level);
-        int place = 1;
+        int place = 0;
         for (const std::string& member : volume.members)
-            if (diskNamed(world, member)->there)
+            if (++place; diskNamed(world, member)->there)
                 text += format("%d. Name: %s\n   Mediasize: 536870912 (512M)\n   ReadErrors: 0\n"
                                "   Subdisks: r0(vol0):%d@0\n   State: ACTIVE (ACTIVE)\n",
-                               place++, member.c_str(), place);
+                               place, member.c_str(), place);
         text += "\n";
     }
     return text;

@@ -139,6 +139,8 @@ Printed networkAnswer(const World& world, const std::string& command) {
         return {0, std::string(osName()) + "\n"};
     if (command == "uname -r -p")
         return {0, osVersion(world) + "\n"};
+    if (command == "hostname")
+        return {0, world.host + "\n"};
     return {64, ""};
 }
 

@@ -3,13 +3,13 @@
 #include "oracle.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace sim {
 
 namespace {
 
 constexpr int LINES_MOST = 256;
-constexpr std::size_t LAN_MOST = 31;
 constexpr std::uint8_t ASSERTED = 0x70, CLEARED = 0xF0;
 
 std::string flaw; // the first one of this pass
@@ -69,11 +69,7 @@ void judgeLink(Memory& memory, const Nic& nic) {
 }
 
 void judgeLinks(Memory& memory) {
-    std::vector<const Nic*> nics = reportedNics(stage.world, LAN_MOST);
-    std::stable_sort(nics.begin(), nics.end(), [](const Nic* a, const Nic* b) {
-        return a->mac.substr(0, 12) < b->mac.substr(0, 12);
-    });
-    for (const Nic* nic : nics)
+    for (const Nic* nic : nicsByMac(stage.world))
         judgeLink(memory, *nic);
 }
 

@@ -168,8 +168,6 @@ std::string addDisk(World& world, Dice& dice) {
     disk.temperature = dice.percent(15) ? -1 : dice.between(20, 60);
     disk.cylinders = dice.between(1, 500000);
     disk.health = dice.percent(10) ? static_cast<Health>(dice.below(5)) : Health::well;
-    if (dice.percent(50))
-        world.drive_map[disk.serial] = dice.below(300);
     partition(disk, dice);
     world.disks.push_back(disk);
     return disk.name + " is new";
@@ -397,6 +395,9 @@ World makeWorld(std::uint64_t seed) {
     changeRoutes(world, dice);
     for (int i = dice.percent(60) ? dice.below(5) : 0; i > 0; i--)
         addDisk(world, dice);
+    for (const Disk& disk : world.disks)
+        if (dice.percent(50))
+            world.drive_map[disk.serial] = dice.below(300);
     const bool huge = dice.percent(1); // more records than fit a pass
     for (int i = dice.percent(40) ? dice.between(1, 3) : 0; i > 0; i--)
         addController(world, dice, dice.percent(50) ? Kind::sas_it : Kind::sas_ir, 3 - i);

@@ -22,6 +22,8 @@ std::vector<Item> storageItems(const World& world);
 std::vector<Item> rsteItems(const World& world);
 // The interfaces in the order of their records, at most `most`.
 std::vector<const Nic*> reportedNics(const World& world, std::size_t most);
+constexpr std::size_t LAN_MOST = 31, USAGE_MOST = 32;
+std::vector<const Nic*> nicsByMac(const World& world); // those of the LAN records, in their order
 std::string lanRecord(const World& world, const Nic& nic);
 std::vector<std::string> nvmeRecords(const World& world);
 
@@ -52,11 +54,12 @@ struct Memory {
     bool rste = false, mode_known = false, static_due = true;
     std::array<std::int64_t, 5> ticks = {};
     Samples samples;
-    std::string agent; // the agent's information
+    std::string agent;       // the agent's information
+    std::uint32_t clock = 0; // of the BMC, when the pass began
 };
 std::string judgePass(Memory& memory);
 std::string judgeEvents(Memory& memory);
-std::string judgeValues(Memory& memory);
+std::string judgeValues(const Memory& memory);
 // Whether a command line was answered as the world has it, with success.
 bool answered(const std::string& command, bool any_status = false);
 

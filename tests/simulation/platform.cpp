@@ -102,11 +102,9 @@ int ipmi_send_command(int, ipmi_req& request) {
     ++stage.requests;
     const ipmi_msg& message = request.msg;
     const sim::Fault* fault = requestFault(message.netfn << 8 | message.cmd);
-    if (fault != nullptr) {
-        stage.bmc_troubled = true;
+    if (fault != nullptr)
         sim::note(sim::format("  request %02X/%02X: ", message.netfn, message.cmd) +
                   sim::TROUBLE_NAMES[static_cast<int>(fault->what)]);
-    }
     if (fault != nullptr && fault->what == Trouble::bmc_gone) {
         look(message, {});
         return failed(EIO);

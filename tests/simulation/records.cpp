@@ -302,6 +302,14 @@ std::vector<const Nic*> reportedNics(const World& world, std::size_t most) {
     return nics;
 }
 
+std::vector<const Nic*> nicsByMac(const World& world) {
+    std::vector<const Nic*> nics = reportedNics(world, LAN_MOST);
+    std::stable_sort(nics.begin(), nics.end(), [](const Nic* a, const Nic* b) {
+        return a->mac.substr(0, 12) < b->mac.substr(0, 12);
+    });
+    return nics;
+}
+
 namespace {
 
 std::string gatewayOf(const World& world, const Nic& nic) {
@@ -393,7 +401,7 @@ void takeSample(Samples& samples, const World& world) {
     const auto physical = static_cast<std::int64_t>(world.physical);
     const std::int64_t in_use = physical - rounded(world.free) - rounded(world.inactive);
     samples.memory.push_back(static_cast<int>(in_use * 100 / physical));
-    for (const Nic* nic : reportedNics(world, 32))
+    for (const Nic* nic : reportedNics(world, USAGE_MOST))
         samples.bytes[nic->name].push_back(nic->counters[0] + nic->counters[2]);
 }
 

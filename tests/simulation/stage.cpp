@@ -48,6 +48,19 @@ int getStopFlag() {
 int getPauseFlag() {
     return 0;
 }
+int getCurPauseFlag() {
+    return 0;
+}
+int setStopFlag(int) {
+    return 0;
+}
+int setPauseFlag(int) {
+    return 0;
+}
+int setCurPauseFlag(int) {
+    return 0;
+}
+void removeHeldFlags() {}
 bool belongsToService() {
     return true;
 }
@@ -82,7 +95,7 @@ void clearSight() {
     stage.asked.clear();
     stage.events.clear();
     stage.seconds = stage.requests = 0;
-    stage.away = stage.bmc_troubled = stage.static_told = false;
+    stage.away = false;
     stage.session.strict = true;
 }
 
@@ -109,7 +122,7 @@ std::string subjectOf(const std::string& command) {
 
 namespace {
 
-constexpr int HUNG_SECONDS = 20, LEFT_ALONE = 10;
+constexpr int HUNG_SECONDS = 20;
 
 bool isProgramTrouble(Trouble what) {
     return what <= Trouble::failed_with_text;

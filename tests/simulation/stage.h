@@ -12,6 +12,8 @@
 
 namespace sim {
 
+constexpr int LEFT_ALONE = 10; // passes, of a subject whose program hung
+
 enum class Trouble {
     // programs, by command line, by program, or all
     missing, not_started, hung, cut, garbage, nothing, failed, failed_with_text,
@@ -62,8 +64,6 @@ struct Stage {
     int seconds = 0;  // lost waiting for programs
     int requests = 0; // that reached the driver
     bool away = false;
-    bool bmc_troubled = false; // a request met a fault
-    bool static_told = false;  // the static values were uploaded
     int open_drives = 0;
     std::vector<std::string> flaws; // what must not be, whatever the world is like
     std::vector<std::string> trace;

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,10 @@ class Dice {
     }
     bool percent(int chance) {
         return below(100) < chance;
+    }
+    template <class One, std::size_t N>
+    One of(const std::array<One, N>& list) {
+        return list.at(static_cast<std::size_t>(below(static_cast<int>(N))));
     }
     template <class List>
     auto& of(List& list) {
@@ -110,7 +115,7 @@ struct Volume {
     int id = 0;
     std::string state, level, name;
     std::int64_t megabytes = 0;
-    std::vector<int> members; // places of drives
+    std::vector<int> members = {}; // places of drives
 };
 
 enum class Kind { sas_it, sas_ir, megaraid, card };
@@ -136,7 +141,7 @@ struct Rste {
 struct Nvme {
     int number = 0;
     bool there = true;
-    std::string serial, model;
+    std::string serial = {}, model = {};
     std::array<std::uint8_t, 512> health = {};
     std::uint64_t blocks = 0;
     std::uint8_t block_bits = 9;
