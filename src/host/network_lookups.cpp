@@ -109,7 +109,8 @@ std::string getGateway(const std::string& iface) {
 std::string getFQDN() {
     std::string name;
     if (platform::host_name(name) != 0)
-        name = parseOneLine(ask({{"hostname"}, FQDN_LABEL}).text);
+        if (const reply& answer = ask({{"hostname"}, FQDN_LABEL}); answer.succeeded())
+            name = parseOneLine(answer.text);
     dropNewline(name);
     if (name.empty())
         printErrLog(FQDN_LABEL, "command not found");
