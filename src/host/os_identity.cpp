@@ -19,6 +19,7 @@ int reportOsValue(const value_report& how, const command_line& words) {
     std::string text = answer.succeeded() ? parseOneLine(answer.text) : "";
     if (text.empty()) {
         text = "n/a";
+        static_flag = 1;
         printErrLog(how.logged, "command not found");
     }
     if (dropNewline(text))
