@@ -50,10 +50,12 @@ void askAdapters() {
     const reply& answer = ask({pciconfCommand(), DESCRIPTION_LABEL});
     if (answer.end == program_end::missing || answer.end == program_end::not_started)
         printErrLog(DESCRIPTION_LABEL, "command not found");
-    else if (answer.known) {
-        adapters = parsePciconf(answer.text);
+    auto told = answer.known ? parsePciconf(answer.text) : std::map<std::string, pci_device>();
+    if (told.empty())
+        return;
+    adapters = std::move(told);
+    if (answer.succeeded()) // else half of them may be missing: they are asked for again
         described_names = names;
-    }
 }
 
 // Whether a routing table's name of an interface means this one.

@@ -112,10 +112,14 @@ const disk_controllers& controllersOf(const onboard_pass& pass) {
     if (names == told_for)
         return controllers;
     const reply& answer = ask({lspciVerbose(), pass.label});
-    if (answer.known) {
-        controllers = parseLspci(answer.text);
+    disk_controllers told;
+    if (answer.known)
+        told = parseLspci(answer.text);
+    if (told.usb.empty() && told.ata.empty())
+        return controllers;
+    controllers = std::move(told);
+    if (answer.succeeded()) // else one may be missing: they are asked for again
         told_for = std::move(names);
-    }
     return controllers;
 }
 
