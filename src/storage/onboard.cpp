@@ -22,6 +22,7 @@ namespace {
 // What is remembered of a disk that was reported, while geom lists it.
 struct known_disk {
     bool usb = false;
+    std::string type; // SSD or HDD
     std::string serial;
     std::string index; // where it sits: a serial that could not be read does not move it
 };
@@ -177,9 +178,9 @@ void addDisk(const onboard_pass& pass, const geom_disk& disk,
              const std::optional<identify_facts>& identity, known_disk& known) {
     const smart_reply smart = smartOf(disk.name, known, pass.label);
     const smart_facts& facts = smart.facts;
-    std::string type = known.usb ? "USB" : "";
-    if (type.empty() && identity.has_value())
-        type = identity->trim ? "SSD" : "HDD";
+    if (identity.has_value())
+        known.type = identity->trim ? "SSD" : "HDD";
+    const std::string type = known.usb ? "USB" : known.type;
     const disk_controllers& controllers = controllersOf(pass);
     const std::string drive = joined(
         ':', {bare("/dev/" + disk.name), smartHealth(facts, true), facts.serial, facts.firmware});
