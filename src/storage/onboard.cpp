@@ -13,6 +13,7 @@
 #include "tools/newfs.h"
 #include "tools/swapinfo.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <initializer_list>
 #include <map>
@@ -81,6 +82,14 @@ bool isDiskName(const std::string& name) {
     return true;
 }
 
+// Whether /dev shows that none of these disks is there any more.
+bool allGone(const std::vector<geom_disk>& disks) {
+    const std::vector<std::string> names = tools.list_folder("/dev");
+    return !names.empty() && std::none_of(disks.begin(), disks.end(), [&](const geom_disk& disk) {
+        return std::find(names.begin(), names.end(), disk.name) != names.end();
+    });
+}
+
 // The disks that geom lists; while it does not, those that it listed last.
 const std::vector<geom_disk>& listedDisks(storage_items& items, const char* label) {
     static std::vector<geom_disk> listed;
@@ -88,7 +97,7 @@ const std::vector<geom_disk>& listedDisks(storage_items& items, const char* labe
     std::vector<geom_disk> disks;
     if (answer.known)
         disks = parseGeomDisks(answer.text);
-    if (!answer.known || (disks.empty() && !listed.empty())) {
+    if (!answer.known || (disks.empty() && !listed.empty() && !allGone(listed))) {
         items.listingUnknown(drive_kind::onboard);
         return listed;
     }

@@ -110,7 +110,7 @@ std::string table(const std::string& title, const std::string& header, const std
 }
 
 std::string driveHeader(const World& world) {
-    return std::string("EID:Slt DID State   DG       Size Intf Med SED PI SeSz Model               Sp") +
+    return std::string("EID:Slt DID State   DG          Size Intf Med SED PI SeSz Model               Sp") +
            (world.storcli == 7 ? " Type" : " ");
 }
 

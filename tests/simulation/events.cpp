@@ -210,7 +210,9 @@ bool listedWhole(Family family) {
         const bool all = std::all_of(world.disks.begin(), world.disks.end(), [](const Disk& disk) {
             return !disk.there || !disk.ata || answered("camcontrol identify " + disk.name);
         });
-        return answered("geom disk list") && all;
+        const bool any = std::any_of(world.disks.begin(), world.disks.end(),
+                                     [](const Disk& disk) { return disk.there; });
+        return answered("geom disk list") && all && (any || faultOf(Trouble::folders) == nullptr);
     }
     const auto told = [&](bool installed, const char* list) {
         return (!installed && stage.asked[list].genuine) || answered(list);

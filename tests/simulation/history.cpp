@@ -338,11 +338,9 @@ std::string changeNvme(World& world, Dice& dice) {
 }
 
 std::string changePrograms(World& world, Dice& dice) {
-    world.release = dice.of(std::array{10, 12, 14});
     world.smartctl = dice.of(std::array{6, 7});
     world.storcli = dice.of(std::array{1, 7});
-    return format("other programs: FreeBSD %d, smartctl %d, storcli %d", world.release,
-                  world.smartctl, world.storcli);
+    return format("other programs: smartctl %d, storcli %d", world.smartctl, world.storcli);
 }
 
 constexpr struct {
@@ -379,6 +377,7 @@ void liveOn(World& world, Dice& dice) {
 World makeWorld(std::uint64_t seed) {
     Dice dice(seed, 0, 0);
     World world;
+    world.release = dice.of(std::array{10, 12, 14});
     changePrograms(world, dice);
     world.physical = static_cast<std::uint64_t>(dice.between(1, 512)) << 30;
     world.gateway4 = "192.0.2.1";

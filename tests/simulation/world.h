@@ -20,10 +20,9 @@ using bmcsim::format;
 class Dice {
   public:
     Dice(std::uint64_t seed, std::uint64_t pass, std::uint64_t step)
-        : m_state(seed * 0x9E3779B97F4A7C15U ^ pass * 0xC2B2AE3D27D4EB4FU ^
-                  step * 0x165667B19E3779F9U) {
-        next();
-        next();
+        : m_state(seed) {
+        m_state = next() ^ pass;
+        m_state = next() ^ step;
     }
     std::uint64_t next() { // SplitMix64
         std::uint64_t z = m_state += 0x9E3779B97F4A7C15U;
