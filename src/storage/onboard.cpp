@@ -164,6 +164,8 @@ smart_reply smartOf(const std::string& disk, known_disk& known, const char* labe
     smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
     if (smart.known) {
         known.usb = smart.facts.unknown_usb_bridge;
+        if (!smart.facts.serial.empty() && smart.facts.serial != known.serial)
+            known.index.clear(); // another disk
         known.serial = smart.facts.serial;
     }
     return smart;
