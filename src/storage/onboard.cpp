@@ -25,7 +25,8 @@ struct known_disk {
     bool usb = false;
     std::string type; // SSD or HDD
     std::string serial;
-    std::string index; // where it sits: a serial that could not be read does not move it
+    // Where it sits, by the drive map and by its bus. What can't be read does not move it.
+    std::string mapped, bus;
 };
 std::map<std::string, known_disk> known_disks;
 
@@ -143,12 +144,13 @@ const partition_tables& tablesOf(onboard_pass& pass) {
 }
 
 std::string indexOf(const std::string& disk, known_disk& known, const char* label) {
-    std::string index = mapIndex(known.serial);
-    if (index.empty())
-        index = busIndex(disk, label);
-    if (!index.empty())
-        known.index = std::move(index);
-    return known.index;
+    if (std::string mapped = mapIndex(known.serial); !mapped.empty())
+        known.mapped = std::move(mapped);
+    if (!known.mapped.empty())
+        return known.mapped;
+    if (std::string bus = busIndex(disk, label); !bus.empty())
+        known.bus = std::move(bus);
+    return known.bus;
 }
 
 std::string rpmOf(std::string rotation) {
@@ -164,9 +166,10 @@ smart_reply smartOf(const std::string& disk, known_disk& known, const char* labe
     smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
     if (smart.known) {
         known.usb = smart.facts.unknown_usb_bridge;
-        if (!smart.facts.serial.empty() && smart.facts.serial != known.serial)
-            known.index.clear(); // another disk
-        known.serial = smart.facts.serial;
+        if (!smart.facts.serial.empty() && smart.facts.serial != known.serial) {
+            known.serial = smart.facts.serial;
+            known.mapped.clear(); // another disk
+        }
     }
     return smart;
 }

@@ -334,6 +334,7 @@ std::string changeNvme(World& world, Dice& dice) {
         nvme.there = !nvme.there;
     for (std::uint8_t& byte : nvme.health)
         byte = static_cast<std::uint8_t>(dice.percent(30) ? dice.below(256) : byte);
+    nvme.health[2] &= 3; // of the temperature in kelvin
     return format("nvme%d changes", nvme.number);
 }
 

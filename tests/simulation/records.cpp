@@ -337,32 +337,38 @@ int speedOf(const Nic& nic) {
     return nic.carrier ? medium.speed : medium.unlinked_speed;
 }
 
-// Whole addresses up to 256 characters.
-std::string listed(std::vector<std::string> items) {
-    while (join(items, ",").size() > 256)
-        items.pop_back();
-    return join(items, ",");
-}
-
 } // namespace
 
 std::string lanRecord(const World& world, const Nic& nic) {
-    std::vector<std::string> addresses, masks;
+    std::vector<std::string> lists[4]; // addresses, those of IPv6, masks, name servers
     for (const auto& [address, prefix] : nic.ip4) {
-        addresses.push_back(address);
-        if (join(masks, ",").find(maskOf(prefix)) == std::string::npos)
-            masks.push_back(maskOf(prefix));
+        lists[0].push_back(address);
+        if (join(lists[2], ",").find(maskOf(prefix)) == std::string::npos)
+            lists[2].push_back(maskOf(prefix));
     }
+    lists[1] = nic.ip6;
+    if (nic.active())
+        lists[3] = world.name_servers;
     const auto [vendor, model] =
         nic.device == nic.name ? adapterOf(nic.device) : std::pair<std::string, std::string>();
-    return filled(join({number(nic.row), nic.mac, nic.name, listed(addresses), listed(nic.ip6),
-                        gatewayOf(world, nic), listed(masks), world.host,
-                        nic.active() ? listed(world.name_servers) : "", number(speedOf(nic)),
-                        vendor + (vendor.empty() ? "" : " ") + model,
-                        nic.up && nic.active() ? "up" : "down"},
-                       ";") +
-                      ";",
-                  ";");
+    for (auto& list : lists)
+        while (join(list, ",").size() > 256) // whole addresses
+            list.pop_back();
+    for (;;) {
+        const std::string text = filled(
+            join({number(nic.row), nic.mac, nic.name, join(lists[0], ","), join(lists[1], ","),
+                  gatewayOf(world, nic), join(lists[2], ","), world.host, join(lists[3], ","),
+                  number(speedOf(nic)), vendor + (vendor.empty() ? "" : " ") + model,
+                  nic.up && nic.active() ? "up" : "down"},
+                 ";") +
+                ";",
+            ";");
+        if (text.size() <= 511)
+            return text;
+        std::max_element(std::begin(lists), std::end(lists), [](const auto& a, const auto& b) {
+            return join(a, ",").size() < join(b, ",").size();
+        })->pop_back();
+    }
 }
 
 std::string usageRecord(const Nic& nic, const Samples& samples) {

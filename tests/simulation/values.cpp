@@ -23,9 +23,12 @@ std::string compare(std::uint8_t selector, const Texts& due) {
     for (std::size_t i = 0; i < count; i++) {
         const std::string wanted = i < due.size() ? "\"" + due[i] + "\"" : "nothing";
         const std::string there = i < stored.texts.size() ? "\"" + stored.texts[i] + "\"" : "nothing";
-        if (wanted != there)
-            return format("wrong value %d, %zu: due was ", selector, i) + wanted + ", told was " +
-                   bmcsim::escapeText(there);
+        if (wanted == there)
+            continue;
+        const auto differ = std::mismatch(wanted.begin(), wanted.end(), there.begin(), there.end());
+        return format("wrong value %d, %zu: due was ", selector, i) + wanted + ", told was " +
+               bmcsim::escapeText(there.substr(0, 24)) + " ... " +
+               bmcsim::escapeText(std::string(differ.second, there.end()));
     }
     return "";
 }
@@ -36,7 +39,7 @@ std::string cpuText(const std::array<std::int64_t, 5>& before) {
         total += stage.world.ticks.at(i) - before.at(i);
     const auto all = static_cast<double>(std::max<std::int64_t>(total, 1));
     const auto idle = static_cast<double>(stage.world.ticks[4] - before[4]);
-    return format("%.2f;", (all - idle) / all * 100);
+    return format("%.2f;", static_cast<double>(static_cast<float>((all - idle) / all * 100)));
 }
 
 std::string memoryText(const std::vector<int>& samples) {
