@@ -164,7 +164,7 @@ std::string rpmOf(std::string rotation) {
 
 smart_reply smartOf(const std::string& disk, known_disk& known, const char* label) {
     smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
-    if (smart.known) {
+    if (smart.facts.recognised) {
         known.usb = smart.facts.unknown_usb_bridge;
         if (!smart.facts.serial.empty() && smart.facts.serial != known.serial) {
             known.serial = smart.facts.serial;
