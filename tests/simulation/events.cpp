@@ -258,15 +258,15 @@ void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
 
 // Which kind of storage the agent collects. It is decided in a static pass, when graid answers.
 void judgeMode(Memory& memory) {
-    if (memory.static_due || !memory.mode_known) {
-        const bool told = answered("graid list");
-        memory.rste = told ? stage.world.showsVolumes() : stage.asked.count("geom disk list") == 0;
-        if (memory.mode_known && told) // what was there before may be new to the other collector
-            for (Memory::Drives& drives : memory.drives)
-                if (drives.listed == Memory::Drives::yes)
-                    drives.listed = Memory::Drives::maybe;
-        memory.mode_known = told;
-    }
+    if (!memory.static_due && memory.mode_known)
+        return;
+    const bool told = answered("graid list");
+    memory.rste = told ? stage.world.showsVolumes() : stage.asked.count("geom disk list") == 0;
+    if (memory.mode_known && told) // what was there before may be new to the other collector
+        for (Memory::Drives& drives : memory.drives)
+            if (drives.listed == Memory::Drives::yes)
+                drives.listed = Memory::Drives::maybe;
+    memory.mode_known = told;
 }
 
 } // namespace
@@ -277,11 +277,25 @@ bool answered(const std::string& command, bool any_status) {
            (any_status || found->second.status == 0);
 }
 
+void judgeStatic(Memory& memory) {
+    bool asked = false, told = true, garbage = false;
+    for (const char* command : {"uname", "uname -r -p"}) {
+        const auto found = stage.asked.find(command);
+        asked = asked || found != stage.asked.end();
+        garbage = garbage || (found != stage.asked.end() && found->second.garbage);
+        told = told && (answered(command) || garbage);
+    }
+    memory.static_due = memory.static_due || asked;
+    memory.static_over = told;
+    memory.named = asked ? told && !garbage : memory.named;
+}
+
 std::string judgeEvents(Memory& memory) {
     flaw.clear();
     used.assign(stage.events.size(), false);
     next = 0;
     judgeLinks(memory);
+    judgeStatic(memory);
     judgeMode(memory);
     if (!memory.rste)
         judgeDrives(memory, storageItems(stage.world), false);

@@ -52,6 +52,8 @@ struct Memory {
         enum { no, maybe, yes } listed = no;
     } drives[FAMILIES];
     bool rste = false, mode_known = false, static_due = true;
+    bool static_over = false; // nothing of them is left to tell
+    bool named = false; // by a uname that told the truth
     std::array<std::int64_t, 5> ticks = {};
     Samples samples;
     std::string agent;       // the agent's information
@@ -60,6 +62,8 @@ struct Memory {
 std::string judgePass(Memory& memory);
 std::string judgeEvents(Memory& memory);
 std::string judgeValues(const Memory& memory);
+// Whether the pass told the static values, and with what result.
+void judgeStatic(Memory& memory);
 // Whether a command line was answered as the world has it, with success.
 bool answered(const std::string& command, bool any_status = false);
 

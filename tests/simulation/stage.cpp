@@ -186,7 +186,8 @@ program_answer run(const command_line& words, const program_limits& limits) {
         given = troubled(*fault, told.value_or(Printed()), command, limits);
     else if (told)
         given = {program_end::exited, told->status, told->text};
-    asked = {fault == nullptr, given.exit_status, !told};
+    asked = {fault == nullptr, given.exit_status, !told,
+             fault != nullptr && fault->what == Trouble::garbage};
     note("  asked: " + command +
          (fault == nullptr ? "" : std::string(", ") + TROUBLE_NAMES[static_cast<int>(fault->what)]));
     if (told && told->status == 64)

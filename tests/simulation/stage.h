@@ -41,6 +41,7 @@ struct Asked {
     bool genuine = false; // answered as the world has it
     int status = 0;
     bool missing = false; // no such program
+    bool garbage = false; // ended well, with something else
 };
 
 struct Attempt {

@@ -74,13 +74,15 @@ Texts usageRecords(const World& world, const Samples& samples) {
 
 std::string judgeValues(const Memory& memory) {
     const World& world = stage.world;
-    std::map<std::uint8_t, Texts> due = {{192, {std::string(osName()) + ";"}},
-                                         {193, {osVersion(world) + ";"}},
-                                         {195, lanRecords(world)},
+    std::map<std::uint8_t, Texts> due = {{195, lanRecords(world)},
                                          {196, {cpuText(memory.ticks)}},
                                          {197, {memoryText(memory.samples.memory)}},
                                          {201, usageRecords(world, memory.samples)},
                                          {204, {memory.agent}}};
+    if (memory.named) {
+        due[192] = {std::string(osName()) + ";"};
+        due[193] = {osVersion(world) + ";"};
+    }
     if (world.nvme_enabled)
         due[206] = nvmeRecords(world);
     if (!memory.rste)
@@ -109,7 +111,8 @@ std::string judgePass(Memory& memory) {
         flaw = "an NVMe drive is left open";
     if (flaw.empty() && undisturbed())
         flaw = judgeValues(memory);
-    memory.first_pass = memory.static_due = false;
+    memory.first_pass = false;
+    memory.static_due = memory.static_due && !memory.static_over;
     memory.samples = {};
     if (faultOf(Trouble::ticks) == nullptr)
         memory.ticks = stage.world.ticks;
