@@ -82,7 +82,14 @@ void logNewDrive(const drive_record& record, const char* title) {
     printCommandLog(title, record.name());
 }
 
+bool isPlaced(const drive_family& family, std::string_view index) {
+    return family.index_field == 0 || wholeNumber(index).has_value();
+}
+
+// A drive of which neither state nor place is known arrives when more is known of it.
 bool tellArrival(const drive_record& record, hdd_list& node) {
+    if (!record.state_known && !isPlaced(record.family, record.fields[record.family.index_field]))
+        return false;
     if (!record.send(alert_deassert, event_presence))
         return false;
     node.presence = drive_present;
@@ -123,6 +130,8 @@ void updateDrive(const drive_record& record, hdd_list& node) {
             printCommandLog(family.new_title, "drive found");
             printCommandLog(family.found_title, node.name);
         }
+    } else if (!isPlaced(family, node.index)) {
+        family.describe(node, record.fields);
     }
     tellState(record, node);
 }

@@ -49,12 +49,16 @@ bool mapReadable() {
     return tools.read_file(hdd_file).has_value();
 }
 
-std::string busIndex(const std::string& disk, const char* label) {
+std::optional<std::string> busIndex(const std::string& disk, const char* label) {
     const reply& answer = ask({camcontrolDevlist(), label});
-    if (answer.end == program_end::exited)
-        for (const cam_device& device : parseDevlist(answer.text))
-            if (!device.bus.empty() &&
-                std::find(device.words.begin(), device.words.end(), disk) != device.words.end())
-                return device.bus;
-    return "";
+    if (answer.end != program_end::exited)
+        return std::nullopt;
+    const std::vector<cam_device> devices = parseDevlist(answer.text);
+    const auto sits = [&](const cam_device& device) { return !device.bus.empty(); };
+    for (const cam_device& device : devices)
+        if (sits(device) && std::find(device.words.begin(), device.words.end(), disk) !=
+                                device.words.end())
+            return device.bus;
+    const bool listed = answer.succeeded() && std::any_of(devices.begin(), devices.end(), sits);
+    return listed ? std::optional(std::string()) : std::nullopt;
 }

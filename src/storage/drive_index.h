@@ -1,6 +1,7 @@
 // Where an onboard drive sits.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,5 +14,6 @@ std::string parseDriveMap(std::string_view text, std::string_view serial);
 std::string mapIndex(std::string_view serial);
 bool mapReadable();
 
-// The number of the bus (scbus) on which camcontrol lists the disk; empty when it lists none.
-std::string busIndex(const std::string& disk, const char* label);
+// The number of the bus (scbus) on which camcontrol lists the disk; empty when it lists none,
+// nothing when it lists no disk at all.
+std::optional<std::string> busIndex(const std::string& disk, const char* label);

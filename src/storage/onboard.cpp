@@ -143,25 +143,6 @@ const partition_tables& tablesOf(onboard_pass& pass) {
     return *pass.tables;
 }
 
-std::string indexOf(const std::string& disk, known_disk& known, const char* label) {
-    if (std::string mapped = mapIndex(known.serial); !mapped.empty())
-        known.mapped = std::move(mapped);
-    if (!known.mapped.empty())
-        return known.mapped;
-    if (std::string bus = busIndex(disk, label); !bus.empty())
-        known.bus = std::move(bus);
-    return known.bus;
-}
-
-std::string rpmOf(std::string rotation) {
-    constexpr std::string_view UNIT = "rpm";
-    for (const std::string_view end : {UNIT, std::string_view(" ")})
-        if (rotation.size() >= end.size() &&
-            rotation.compare(rotation.size() - end.size(), end.size(), end) == 0)
-            rotation.resize(rotation.size() - end.size());
-    return rotation;
-}
-
 smart_reply smartOf(const std::string& disk, known_disk& known, const char* label) {
     smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
     if (smart.facts.recognised) {
@@ -172,6 +153,36 @@ smart_reply smartOf(const std::string& disk, known_disk& known, const char* labe
         }
     }
     return smart;
+}
+
+struct disk_place {
+    std::string index;
+    bool known = false; // false: the disk may sit elsewhere
+};
+
+disk_place placeOf(const std::string& disk, known_disk& known, bool answers, const char* label) {
+    static bool map_seen = false;
+    const bool map_readable = mapReadable();
+    map_seen = map_seen || map_readable;
+    if (std::string mapped = mapIndex(known.serial); !mapped.empty())
+        known.mapped = std::move(mapped);
+    if (!known.mapped.empty())
+        return {known.mapped, true};
+    if (map_seen && (!map_readable || (known.serial.empty() && !answers)))
+        return {};
+    const auto bus = busIndex(disk, label);
+    if (bus.has_value() && !bus->empty())
+        known.bus = *bus;
+    return {known.bus, bus.has_value() || !known.bus.empty()};
+}
+
+std::string rpmOf(std::string rotation) {
+    constexpr std::string_view UNIT = "rpm";
+    for (const std::string_view end : {UNIT, std::string_view(" ")})
+        if (rotation.size() >= end.size() &&
+            rotation.compare(rotation.size() - end.size(), end.size(), end) == 0)
+            rotation.resize(rotation.size() - end.size());
+    return rotation;
 }
 
 // cylinders;sectors;tracks;heads
@@ -192,20 +203,21 @@ void addDisk(const onboard_pass& pass, const geom_disk& disk,
              const std::optional<identify_facts>& identity, known_disk& known) {
     const smart_reply smart = smartOf(disk.name, known, pass.label);
     const smart_facts& facts = smart.facts;
+    const disk_place place = placeOf(disk.name, known, smart.known, pass.label);
     if (identity.has_value())
         known.type = identity->trim ? "SSD" : "HDD";
     const std::string type = known.usb ? "USB" : known.type;
     const disk_controllers& controllers = controllersOf(pass);
     const std::string drive = joined(
         ':', {bare("/dev/" + disk.name), smartHealth(facts, true), facts.serial, facts.firmware});
-    pass.items.add(joined(';', {"HD", drive, indexOf(disk.name, known, pass.label), type,
+    pass.items.add(joined(';', {"HD", drive, place.index, type,
                                 type == "HDD" ? rpmOf(facts.rotation) : "",
                                 known.usb ? controllers.usb : controllers.ata,
                                 identity.has_value() ? identity->model : "",
                                 disk.bytes.has_value() ? std::to_string(*disk.bytes >> 30) : "",
                                 geometryOf(disk.name, pass.label),
                                 interfaceOf(disk.name, known.usb), facts.temperature}),
-                   smart.known);
+                   smart.known && place.known);
 }
 
 std::string percentOf(const space_use& use) {

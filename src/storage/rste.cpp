@@ -31,7 +31,7 @@ struct rste_pass {
         if (map_readable)
             drive_index = mapIndex(smart.facts.serial);
         if (drive_index.empty())
-            drive_index = busIndex(disk, label);
+            drive_index = busIndex(disk, label).value_or("");
         const auto last = last_indexes.find(disk);
         if (last != last_indexes.end() && !smart.known && smart.facts.serial.empty())
             return {last->second, smart};

@@ -31,10 +31,11 @@ smart_reply askSmart(const command_line& words, const std::string& subject, cons
         return result;
     }
     // Exit status bits 0 and 1: the question was not understood, or the drive could not be opened.
-    const bool opened = (answer.exit_status & 3) == 0;
+    const bool opened = (answer.exit_status & 3) == 0 || facts.unknown_usb_bridge;
     if (!opened)
         result.facts.health.clear();
-    result.known = opened && facts.recognised && (!facts.health.empty() || !before.health);
+    result.known = answer.end == program_end::missing ||
+                   (opened && facts.recognised && (!facts.health.empty() || !before.health));
     before.recognised = facts.recognised;
     before.health = before.health || !facts.health.empty();
     return result;

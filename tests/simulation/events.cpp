@@ -9,7 +9,6 @@ namespace sim {
 
 namespace {
 
-constexpr int LINES_MOST = 256;
 constexpr std::uint8_t ASSERTED = 0x70, CLEARED = 0xF0;
 
 std::string flaw; // the first one of this pass
@@ -143,47 +142,52 @@ void judgeState(Subject& subject, const Item& item, bool required) {
             return;
         subject.told = std::exchange(subject.raised, "");
     }
-    if (item.state == subject.told || !send(ASSERTED, typeOf(item.family, item.state)))
+    const std::uint8_t asserted = typeOf(item.family, item.state);
+    const std::uint8_t cleared = clearedBy(item.family, subject.told, item.state);
+    if (item.state == subject.told || !send(ASSERTED, asserted))
         return;
-    subject.raised = item.state;
-    if (!send(CLEARED, clearedBy(item.family, subject.told, item.state)))
+    if (required || asserted != 0)
+        subject.raised = item.state;
+    if (!send(CLEARED, cleared))
         return;
-    subject.told = std::exchange(subject.raised, "");
+    if (required || asserted != 0 || cleared != 0)
+        subject.told = item.state;
+    subject.raised.clear();
 }
 
 // Of a drive that the pass lists and may have seen (`visible`: must have).
 void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool first_pass) {
-    const bool state_known = visible && (item.state_by.empty() || answered(item.state_by, true));
-    const auto found = drives.known.find(item.key);
-    const bool is_new = found == drives.known.end();
+    const bool is_new = drives.known.count(item.key) == 0;
     const bool first = first_pass || drives.listed == Memory::Drives::no ||
                        (item.family == ONBOARD && drives.known.empty());
-    Subject subject = is_new ? Subject() : found->second;
-    if (is_new)
-        subject.presence = first ? Subject::present : Subject::untold;
+    const bool placed =
+        item.state_by.empty() ||
+        (answered(item.state_by, true) && faultOf(Trouble::file) == nullptr &&
+         (item.mapped || answered("camcontrol devlist")));
+    Subject subject = is_new ? Subject() : drives.known[item.key];
+    if (is_new) {
+        subject.item = item;
+        subject.item.index = placed ? item.index : -1;
+        subject.presence = first                                     ? Subject::present
+                           : drives.listed == Memory::Drives::maybe ? Subject::unsure
+                                                                    : Subject::untold;
+    }
     const std::size_t before = next;
     if (subject.presence != Subject::present) {
-        const bool required = visible && !(is_new && drives.listed == Memory::Drives::maybe);
-        const Told told = tell(driveEvent(item, CLEARED, 0xA0), required, item.key + " arrives");
-        if (told == Told::refused || (told == Told::absent && required)) {
-            subject.item = is_new ? item : subject.item;
-        } else if (told == Told::taken || is_new) {
+        const bool unsure = subject.presence == Subject::unsure;
+        const Told told =
+            tell(driveEvent(item, CLEARED, 0xA0), visible && placed && !unsure, item.key + " arrives");
+        if (told == Told::taken || (unsure && told == Told::absent && visible && !stage.away)) {
             subject.presence = Subject::present;
             subject.item = item;
         }
-        if (subject.presence != Subject::present) {
-            if (visible || next != before)
-                drives.known[item.key] = subject;
-            if (is_new && drives.known.size() != drives.order.size())
-                drives.order.push_back(item.key);
-            return;
-        }
     }
-    if (is_new)
-        subject.item = item;
-    judgeState(subject, item, state_known);
+    if (subject.presence == Subject::present)
+        judgeState(subject, item, visible && placed);
     if (is_new && !visible && next == before)
         return; // nobody knows whether it was seen
+    if (placed && subject.item.index < 0)
+        subject.item = item;
     drives.known[item.key] = subject;
     if (is_new)
         drives.order.push_back(item.key);
@@ -196,7 +200,7 @@ void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& the
         if (there.count(key) != 0 || subject.presence == Subject::missing)
             continue;
         const bmcsim::Bytes event = missingEvent(subject.item, previous);
-        if (subject.presence == Subject::untold)
+        if (subject.presence >= Subject::untold)
             subject.presence = whole ? Subject::missing : subject.presence;
         else if (tell(event, whole, key + " is missing", false) == Told::taken)
             subject.presence = Subject::missing;
@@ -215,7 +219,8 @@ bool listedWhole(Family family) {
         return answered("geom disk list") && all && (any || faultOf(Trouble::folders) == nullptr);
     }
     const auto told = [&](bool installed, const char* list) {
-        return (!installed && stage.asked[list].genuine) || answered(list);
+        return answered(list) || (stage.asked[list].genuine &&
+                                  (!installed || stage.succeeded.count(list) == 0));
     };
     bool whole = told(world.has_sas3ircu, "sas3ircu list");
     const bool cards = family == RAID && world.cards_enabled;
@@ -231,14 +236,14 @@ bool listedWhole(Family family) {
 
 void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
     std::map<std::string, bool> there[FAMILIES];
-    int line = 0;
+    std::size_t line = 0;
     for (const Item& item : items) {
         ++line;
         if (item.family == NO_DRIVE || item.state == "Missing")
             continue;
         if (!there[item.family].emplace(item.key, true).second)
             continue; // of two records of a place the first counts
-        const bool visible = line <= LINES_MOST && memory.mode_known &&
+        const bool visible = memory.mode_known &&
                              std::all_of(item.listed_by.begin(), item.listed_by.end(),
                                          [](const std::string& list) { return answered(list); });
         judgeDrive(memory.drives[item.family], item, visible, memory.first_pass);

@@ -397,7 +397,7 @@ World makeWorld(std::uint64_t seed) {
         addDisk(world, dice);
     for (const Disk& disk : world.disks)
         if (dice.percent(50))
-            world.drive_map[disk.serial] = dice.below(300);
+            world.drive_map[disk.serial] = dice.below(256);
     const bool huge = dice.percent(1); // more records than fit a pass
     for (int i = dice.percent(40) ? dice.between(1, 3) : 0; i > 0; i--)
         addController(world, dice, dice.percent(50) ? Kind::sas_it : Kind::sas_ir, 3 - i);

@@ -16,8 +16,10 @@ struct Item {
     int controller = 0, enclosure = 0, slot = 0;
     std::vector<std::string> listed_by = {}; // command lines
     std::string state_by = {};               // empty: its list tells the state
+    bool mapped = false;                     // onboard: where it sits is told by the drive map
 };
 
+constexpr std::size_t LINES_MOST = 256; // of a pass; one more for the RAID cards
 std::vector<Item> storageItems(const World& world);
 std::vector<Item> rsteItems(const World& world);
 // The interfaces in the order of their records, at most `most`.
@@ -40,7 +42,7 @@ std::string usageRecord(const Nic& nic, const Samples& samples);
 // in one line; nothing when all is as it has to be.
 struct Subject {
     std::string told, raised; // states: told whole; asserted while the old one is not cleared yet
-    enum { present, missing, untold } presence = present;
+    enum { present, missing, untold, unsure } presence = present; // unsure: present or untold
     Item item;
 };
 struct Memory {

@@ -64,13 +64,14 @@ std::string indexText(int index) {
     return index < 0 ? "" : number(index);
 }
 
-Item onboardItem(const Disk& disk, const std::string& rest, int index) {
+Item onboardItem(const World& world, const Disk& disk, const std::string& rest, int index) {
     const bool silent = disk.usb || disk.health == Health::silent;
     Item item;
     item.family = ONBOARD;
     item.key = "/dev/" + disk.name;
     item.state = silent ? "N/A" : healthOf(disk.health);
     item.index = index;
+    item.mapped = world.drive_map.count(disk.serial) != 0 && !disk.usb;
     item.text = "HD;" + item.key + ":" + (silent ? "" : item.state) + ":" +
                 (disk.usb ? "" : disk.serial) + ":" + (disk.usb ? "" : disk.firmware) + ";" +
                 indexText(index) + rest + ";";
@@ -84,7 +85,7 @@ Item diskItem(const World& world, const Disk& disk) {
     const bool temperature = disk.temperature >= 0 && !disk.usb && disk.health != Health::silent;
     const char* const type = disk.usb ? "USB" : disk.ssd ? "SSD" : "HDD";
     return onboardItem(
-        disk,
+        world, disk,
         ";" + join({type, type == std::string("HDD") ? number(disk.rpm) : "",
                     disk.usb ? "Fabrikam Corporation Q87 USB"
                              : "Fabrikam Corporation Q87 6-Port SATA  AHCI mode",
@@ -257,9 +258,12 @@ std::vector<Item> storageItems(const World& world) {
         for (const Partition& one : sorted)
             items.push_back(partitionItem(one));
     }
+    const std::size_t most = std::max(LINES_MOST, std::min(items.size(), LINES_MOST) + 1);
+    items.resize(std::min(items.size(), LINES_MOST));
     if (world.cards_enabled && !items.empty())
         each([](const Controller& one) { return one.kind == Kind::card; },
              [&](const Controller& one) { addCard(items, one, cards++); });
+    items.resize(std::min(items.size(), most));
     return filledItems(items);
 }
 
@@ -281,7 +285,7 @@ std::vector<Item> rsteItems(const World& world) {
                          ";"});
         for (const auto& [name, disk] : disks) {
             const int index = indexOf(world, *disk);
-            Item item = onboardItem(*disk, "", index < 0 ? -1 : place * 16 + index);
+            Item item = onboardItem(world, *disk, "", index < 0 ? -1 : place * 16 + index);
             item.listed_by = {"graid list"};
             items.push_back(item);
         }

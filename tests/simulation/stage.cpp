@@ -179,15 +179,17 @@ program_answer run(const command_line& words, const program_limits& limits) {
     if (left != stage.hung.end() && stage.pass < left->second + LEFT_ALONE)
         stage.flaws.push_back("asked although it hung: " + command);
     const std::optional<Printed> told = answer(stage.world, command);
-    const Fault* fault = troubleOf(command);
+    const Fault* fault = told ? troubleOf(command) : nullptr;
     Asked& asked = stage.asked[command];
     program_answer given;
     if (fault != nullptr)
-        given = troubled(*fault, told.value_or(Printed()), command, limits);
+        given = troubled(*fault, *told, command, limits);
     else if (told)
         given = {program_end::exited, told->status, told->text};
     asked = {fault == nullptr, given.exit_status, !told,
              fault != nullptr && fault->what == Trouble::garbage};
+    if (given.end == program_end::exited && given.exit_status == 0)
+        stage.succeeded.insert(command);
     note("  asked: " + command +
          (fault == nullptr ? "" : std::string(", ") + TROUBLE_NAMES[static_cast<int>(fault->what)]));
     if (told && told->status == 64)

@@ -7,6 +7,7 @@
 #include "simulator/bmc.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,7 @@ struct Stage {
     int pass = 0;
     std::vector<Fault> faults;       // of this pass
     std::map<std::string, int> hung; // by what is left alone since: the pass
+    std::set<std::string> succeeded; // command lines that have ended well
     std::string drive_map;           // the file, as the agent wrote it
     bool tracing = false;
 

@@ -98,7 +98,7 @@ std::string judgeValues(const Memory& memory) {
     }
     const std::string& stamp = storedUnder(stage.bmc.parameters, 202).texts.front();
     const std::uint32_t told = bmcsim::littleEndian({stamp.begin(), stamp.end()}, 0, 4);
-    return told == memory.clock ? "" : "the time stamp is another";
+    return told - memory.clock <= 1 ? "" : "the time stamp is another";
 }
 
 std::string judgePass(Memory& memory) {
