@@ -51,10 +51,11 @@ void askAdapters() {
     if (answer.end == program_end::missing || answer.end == program_end::not_started)
         printErrLog(DESCRIPTION_LABEL, "command not found");
     auto told = answer.known ? parsePciconf(answer.text) : std::map<std::string, pci_device>();
-    if (told.empty())
+    const bool whole = answer.succeeded(); // else half of them may be missing
+    if (told.empty() || (!whole && !adapters.empty()))
         return;
     adapters = std::move(told);
-    if (answer.succeeded()) // else half of them may be missing: they are asked for again
+    if (whole)
         described_names = names;
 }
 

@@ -24,9 +24,7 @@ namespace {
 struct known_disk {
     bool usb = false;
     std::string type; // SSD or HDD
-    std::string serial;
-    // Where it sits, by the drive map and by its bus. What can't be read does not move it.
-    std::string mapped, bus;
+    place_memory place;
 };
 std::map<std::string, known_disk> known_disks;
 
@@ -126,10 +124,14 @@ const disk_controllers& controllersOf(const onboard_pass& pass) {
     disk_controllers told;
     if (answer.known)
         told = parseLspci(answer.text);
-    if (told.usb.empty() && told.ata.empty())
+    const auto empty = [](const disk_controllers& two) {
+        return two.usb.empty() && two.ata.empty();
+    };
+    const bool whole = answer.succeeded(); // else one may be missing
+    if (empty(told) || (!whole && !empty(controllers)))
         return controllers;
     controllers = std::move(told);
-    if (answer.succeeded()) // else one may be missing: they are asked for again
+    if (whole)
         told_for = std::move(names);
     return controllers;
 }
@@ -141,39 +143,6 @@ const partition_tables& tablesOf(onboard_pass& pass) {
                        parseSpaceTable(answerOf(swapinfo(), pass.label)),
                        tools.list_folder("/dev")};
     return *pass.tables;
-}
-
-smart_reply smartOf(const std::string& disk, known_disk& known, const char* label) {
-    smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
-    if (smart.facts.recognised) {
-        known.usb = smart.facts.unknown_usb_bridge;
-        if (!smart.facts.serial.empty() && smart.facts.serial != known.serial) {
-            known.serial = smart.facts.serial;
-            known.mapped.clear(); // another disk
-        }
-    }
-    return smart;
-}
-
-struct disk_place {
-    std::string index;
-    bool known = false; // false: the disk may sit elsewhere
-};
-
-disk_place placeOf(const std::string& disk, known_disk& known, bool answers, const char* label) {
-    static bool map_seen = false;
-    const bool map_readable = mapReadable();
-    map_seen = map_seen || map_readable;
-    if (std::string mapped = mapIndex(known.serial); !mapped.empty())
-        known.mapped = std::move(mapped);
-    if (!known.mapped.empty())
-        return {known.mapped, true};
-    if (map_seen && (!map_readable || (known.serial.empty() && !answers)))
-        return {};
-    const auto bus = busIndex(disk, label);
-    if (bus.has_value() && !bus->empty())
-        known.bus = *bus;
-    return {known.bus, bus.has_value() || !known.bus.empty()};
 }
 
 std::string rpmOf(std::string rotation) {
@@ -201,23 +170,25 @@ std::string interfaceOf(const std::string& disk, bool usb) {
 // `identity`: what camcontrol tells; nothing when it does not answer any more.
 void addDisk(const onboard_pass& pass, const geom_disk& disk,
              const std::optional<identify_facts>& identity, known_disk& known) {
-    const smart_reply smart = smartOf(disk.name, known, pass.label);
+    const smart_reply smart = askSmart(smartctlDisk(disk.name), disk.name, pass.label);
     const smart_facts& facts = smart.facts;
-    const disk_place place = placeOf(disk.name, known, smart.known, pass.label);
+    if (facts.recognised)
+        known.usb = facts.unknown_usb_bridge;
+    const disk_place place = placeOf(disk.name, smart, known.place, pass.label);
     if (identity.has_value())
         known.type = identity->trim ? "SSD" : "HDD";
     const std::string type = known.usb ? "USB" : known.type;
     const disk_controllers& controllers = controllersOf(pass);
     const std::string drive = joined(
         ':', {bare("/dev/" + disk.name), smartHealth(facts, true), facts.serial, facts.firmware});
-    pass.items.add(joined(';', {"HD", drive, place.index, type,
-                                type == "HDD" ? rpmOf(facts.rotation) : "",
-                                known.usb ? controllers.usb : controllers.ata,
-                                identity.has_value() ? identity->model : "",
-                                disk.bytes.has_value() ? std::to_string(*disk.bytes >> 30) : "",
-                                geometryOf(disk.name, pass.label),
-                                interfaceOf(disk.name, known.usb), facts.temperature}),
-                   smart.known && place.known);
+    pass.items.add(
+        joined(';', {"HD", drive, place.index, type, type == "HDD" ? rpmOf(facts.rotation) : "",
+                     known.usb ? controllers.usb : controllers.ata,
+                     identity.has_value() ? identity->model : "",
+                     disk.bytes.has_value() ? std::to_string(*disk.bytes >> 30) : "",
+                     geometryOf(disk.name, pass.label), interfaceOf(disk.name, known.usb),
+                     facts.temperature}),
+        smart.known && place.known);
 }
 
 std::string percentOf(const space_use& use) {

@@ -25,10 +25,10 @@ const Controller* numbered(const World& world, int number, bool sas) {
 
 std::string sasDrive(const Drive& drive) {
     const bool bare = drive.state == "Missing" || drive.state == "Standby";
-    std::string text = "Device is a Hard disk\n" + field("Enclosure #", format("%d", drive.enclosure)) +
-                       field("Slot #", format("%d", drive.slot)) +
-                       field("SAS Address", "4433221-1-0200-0000") +
-                       field("State", coded(drive.state));
+    std::string text =
+        "Device is a Hard disk\n" + field("Enclosure #", format("%d", drive.enclosure)) +
+        field("Slot #", format("%d", drive.slot)) + field("SAS Address", "4433221-1-0200-0000") +
+        field("State", coded(drive.state));
     if (!bare)
         text += field("Size (in MB)/(in sectors)",
                       format("%lld/7501476527", static_cast<long long>(drive.megabytes)));
@@ -41,10 +41,10 @@ std::string sasDrive(const Drive& drive) {
 }
 
 std::string sasVolume(const Controller& controller, const Volume& volume, int title) {
-    std::string text = format("IR volume %d\n", title) + field("Volume ID", format("%d", volume.id)) +
+    std::string text = format("IR volume %d\n", title) +
+                       field("Volume ID", format("%d", volume.id)) +
                        field("Status of volume", coded(volume.state)) +
-                       field("Volume wwid", "09cbec37412b0bc7") +
-                       field("RAID level", volume.level);
+                       field("Volume wwid", "09cbec37412b0bc7") + field("RAID level", volume.level);
     if (volume.level != "Unknown")
         text += field("Size (in MB)", format("%lld", static_cast<long long>(volume.megabytes)));
     text += field("Physical hard disks", "");
@@ -60,8 +60,8 @@ std::string sasDisplay(const Controller& controller) {
     const bool ir = controller.kind == Kind::sas_ir;
     std::string text =
         "Avago Technologies SAS3 IR Configuration Utility.\nVersion 17.00.00.00 (2018.04.02)\n\n" +
-        format("Read configuration has been initiated for controller %d\n", controller.number) + RULE +
-        "Controller information\n" + RULE + field("Controller type", "SAS3008") +
+        format("Read configuration has been initiated for controller %d\n", controller.number) +
+        RULE + "Controller information\n" + RULE + field("Controller type", "SAS3008") +
         field("BIOS version", "8.35.00.00") + field("Firmware version", "15.00.00.00") +
         field("Channel description", "1 Serial Attached SCSI") + field("Slot", "Unknown") +
         field("RAID Support", ir ? "Yes" : "No") + RULE + "IR Volume information\n" + RULE;
@@ -80,14 +80,15 @@ std::string sasDisplay(const Controller& controller) {
 }
 
 std::string sasList(const World& world) {
-    const std::string header = "\n         Adapter      Vendor  Device                       SubSys\n"
-                               " Index    Type          ID      ID    Pci Address          Ven ID\n"
-                               " -----  ------------  ------  ------  -----------------    ------\n";
+    const std::string header =
+        "\n         Adapter      Vendor  Device                       SubSys\n"
+        " Index    Type          ID      ID    Pci Address          Ven ID\n"
+        " -----  ------------  ------  ------  -----------------    ------\n";
     std::string text;
     for (const Controller& one : world.controllers)
         if (one.there && one.isSas())
-            text += header + format("   %d     SAS3008       1000h   97h    00h:03h:00h:00h\n",
-                                    one.number);
+            text += header +
+                    format("   %d     SAS3008       1000h   97h    00h:03h:00h:00h\n", one.number);
     return text;
 }
 
@@ -105,18 +106,21 @@ std::string failure(int number, const char* why) {
 }
 
 std::string table(const std::string& title, const std::string& header, const std::string& rows) {
-    return (title.empty() ? "" : title + " :\n====\n\n") + RULE + header + "\n" + RULE + rows + RULE +
-           "\nEID=Enclosure Device ID|Onln=Online|UBad-Unconfigured Bad|OfLn=OffLine|Dgrd=Degraded\n\n";
+    return (title.empty() ? "" : title + " :\n====\n\n") + RULE + header + "\n" + RULE + rows +
+           RULE +
+           "\nEID=Enclosure Device ID|Onln=Online|UBad-Unconfigured "
+           "Bad|OfLn=OffLine|Dgrd=Degraded\n\n";
 }
 
 std::string driveHeader(const World& world) {
-    return std::string("EID:Slt DID State   DG          Size Intf Med SED PI SeSz Model               Sp") +
+    return std::string(
+               "EID:Slt DID State   DG          Size Intf Med SED PI SeSz Model               Sp") +
            (world.storcli == 7 ? " Type" : " ");
 }
 
 std::string driveRow(const World& world, const Drive& drive) {
-    const std::string place =
-        drive.enclosure < 0 ? format(" :%d", drive.slot) : format("%d:%d", drive.enclosure, drive.slot);
+    const std::string place = drive.enclosure < 0 ? format(" :%d", drive.slot)
+                                                  : format("%d:%d", drive.enclosure, drive.slot);
     return format("%-7s %3d %-7s %2s %7lld.%02lld GB SATA %s N   N  %s %-19s U %s\n", place.c_str(),
                   drive.device_id, drive.state.c_str(), drive.slot % 3 == 0 ? "-" : "0",
                   static_cast<long long>(drive.megabytes / 1024),
@@ -151,12 +155,14 @@ std::string storcliShow(const World& world) {
             count++;
         }
     std::string text = world.storcli == 7 ? "CLI Version = 007.1211 Nov 07, 2019\n" : "";
-    text += format("Status Code = 0\nStatus = Success\nDescription = None\n\nNumber of Controllers = "
-                   "%d\nHost Name = %s\nOperating System  = FreeBSD\n\n",
-                   count, world.host.c_str());
-    return count == 0 ? text
-                      : text + table("System Overview",
-                                     "Ctl Model                   Ports PDs DGs DNOpt VDs Hlth", rows);
+    text +=
+        format("Status Code = 0\nStatus = Success\nDescription = None\n\nNumber of Controllers = "
+               "%d\nHost Name = %s\nOperating System  = FreeBSD\n\n",
+               count, world.host.c_str());
+    return count == 0
+               ? text
+               : text + table("System Overview",
+                              "Ctl Model                   Ports PDs DGs DNOpt VDs Hlth", rows);
 }
 
 std::string cardShow(const World& world, const Controller& card) {
@@ -183,10 +189,11 @@ Printed cardVolumes(const World& world, const Controller& card) {
         std::string members;
         for (const int place : volume.members)
             members += driveRow(world, card.drives.at(static_cast<std::size_t>(place)));
-        text += table(format("/c%d/v%d", card.number, volume.id), VOLUME_HEADER, volumeRow(volume)) +
-                table(format("PDs for VD %d", volume.id), driveHeader(world), members) +
-                format("VD%d Properties :\n====\nOS Drive Name = %s\n\n", volume.id,
-                       volume.name.c_str());
+        text +=
+            table(format("/c%d/v%d", card.number, volume.id), VOLUME_HEADER, volumeRow(volume)) +
+            table(format("PDs for VD %d", volume.id), driveHeader(world), members) +
+            format("VD%d Properties :\n====\nOS Drive Name = %s\n\n", volume.id,
+                   volume.name.c_str());
     }
     return {0, text};
 }
@@ -196,12 +203,14 @@ std::string driveFacts(const World& world, const Controller& card) {
     for (const Drive& drive : card.drives) {
         if (!drive.there)
             continue;
-        const std::string path = format("Drive /c%d/e%d/s%d", card.number, drive.enclosure, drive.slot);
+        const std::string path =
+            format("Drive /c%d/e%d/s%d", card.number, drive.enclosure, drive.slot);
         text += table(path, driveHeader(world), driveRow(world, drive)) + path +
                 " - Detailed Information :\n=====\n\n" + path +
                 " State :\n=====\nShield Counter = 0\n\n" + path + " Device attributes :\n=====\n" +
-                "SN =         " + drive.serial + "\nManufacturer Id = ATA     \nModel Number = " +
-                drive.model + "\nWWN = " + drive.wwn + "\nFirmware Revision = " + drive.firmware +
+                "SN =         " + drive.serial +
+                "\nManufacturer Id = ATA     \nModel Number = " + drive.model +
+                "\nWWN = " + drive.wwn + "\nFirmware Revision = " + drive.firmware +
                 "     \nFirmware Release Number = N/A\n\n";
     }
     return text;
@@ -210,17 +219,17 @@ std::string driveFacts(const World& world, const Controller& card) {
 } // namespace
 
 std::string storcliModel(const Controller& controller) {
-    return controller.kind == Kind::megaraid ? (controller.number % 2 == 0 ? "AVAGOMegaRAIDSAS9361-8i"
-                                                                           : "LSI3108 onboard")
-                                             : format("Northwind RAID %d", controller.number);
+    return controller.kind == Kind::megaraid
+               ? (controller.number % 2 == 0 ? "AVAGOMegaRAIDSAS9361-8i" : "LSI3108 onboard")
+               : format("Northwind RAID %d", controller.number);
 }
 
 Printed sas3ircuAnswer(const World& world, const std::string& command) {
     if (command == "sas3ircu list") {
         const std::string rows = sasList(world);
         return rows.empty() ? Printed{1, "SAS3IRCU: MPTLib2 Error 1\n"}
-                            : Printed{0, "Avago Technologies SAS3 IR Configuration Utility.\n" + rows +
-                                             "SAS3IRCU: Utility Completed Successfully.\n"};
+                            : Printed{0, "Avago Technologies SAS3 IR Configuration Utility.\n" +
+                                             rows + "SAS3IRCU: Utility Completed Successfully.\n"};
     }
     const Controller* one = numbered(world, std::atoi(command.c_str() + 9), true);
     return one == nullptr ? Printed{1, ""} : Printed{0, sasDisplay(*one)};

@@ -27,14 +27,15 @@ std::string geomList(const World& world) {
 }
 
 std::string devlist(const World& world) {
-    std::string text = "<AHCI SGPIO Enclosure 1.00 0001>   at scbus99 target 0 lun 0 (ses0,pass9)\n";
+    std::string text =
+        "<AHCI SGPIO Enclosure 1.00 0001>   at scbus99 target 0 lun 0 (ses0,pass9)\n";
     for (std::size_t i = 0; i < world.disks.size(); i++) {
         const Disk& disk = world.disks[i];
         if (disk.there && disk.bus >= 0) // the order of the names varies
-            text += format(i % 2 == 0 ? "<%s %s> at scbus%d target 0 lun 0 (%s,pass%zu)\n"
-                                      : "<%s %s>  at scbus%d target 1 lun 0 (%s,probe,pass%zu)\n",
-                           disk.model.c_str(), disk.firmware.c_str(), disk.bus, disk.name.c_str(),
-                           i);
+            text +=
+                format(i % 2 == 0 ? "<%s %s> at scbus%d target 0 lun 0 (%s,pass%zu)\n"
+                                  : "<%s %s>  at scbus%d target 1 lun 0 (%s,probe,pass%zu)\n",
+                       disk.model.c_str(), disk.firmware.c_str(), disk.bus, disk.name.c_str(), i);
     }
     return text;
 }
@@ -48,9 +49,9 @@ Printed identify(const World& world, const std::string& name) {
         return {0, "Controller Capabilities/Features\n====\nModel Number:                " +
                        disk->model + "\n"};
     const bool old = world.release == 10;
-    const std::string row = format("%s %s\n", old ? "data set management (TRIM)    "
-                                                  : "Data Set Management (DSM/TRIM)",
-                                   disk->ssd ? "yes" : "no");
+    const std::string row =
+        format("%s %s\n", old ? "data set management (TRIM)    " : "Data Set Management (DSM/TRIM)",
+               disk->ssd ? "yes" : "no");
     return {0, "pass0: <" + disk->model + "> ATA-9 SATA 3.x device\n\nprotocol              ATA\n" +
                    "device model          " + disk->model + "\nserial number         " +
                    disk->serial + "\ncylinders             16383\n\n" +
@@ -105,18 +106,20 @@ std::string swapinfo(const World& world) {
         text += tableRow(one, "");
         devices++;
     });
-    return devices > 1 ? text + "Total                4194304      36864    4157440     1%\n" : text;
+    return devices > 1 ? text + "Total                4194304      36864    4157440     1%\n"
+                       : text;
 }
 
 Printed newfs(const World& world, const std::string& device) {
     for (const Disk& disk : world.disks)
         for (const Partition& one : disk.partitions)
             if (disk.there && "/dev/" + one.name == device && one.block != 0)
-                return {0, format("%sMB %s: 110375.0MB (226048000 sectors) block size %d, fragment "
-                                  "size 4096\n\tusing 4 cylinder groups of 27593.03MB, 883000 blks\n"
-                                  "super-block backups (for fsck_ffs -b #) at:\n 192, 56512000\n",
-                                  world.release == 12 ? "density increased from 1 to 4096\n" : "",
-                                  device.c_str(), one.block)};
+                return {0,
+                        format("%sMB %s: 110375.0MB (226048000 sectors) block size %d, fragment "
+                               "size 4096\n\tusing 4 cylinder groups of 27593.03MB, 883000 blks\n"
+                               "super-block backups (for fsck_ffs -b #) at:\n 192, 56512000\n",
+                               world.release == 12 ? "density increased from 1 to 4096\n" : "",
+                               device.c_str(), one.block)};
     return {1, ""};
 }
 
@@ -124,8 +127,9 @@ Printed fdisk(const World& world, const std::string& name) {
     const Disk* disk = diskNamed(world, name);
     if (disk == nullptr || !disk->there)
         return {1, ""};
-    const std::string geometry = format("cylinders=%d heads=%d sectors/track=%d (1008 blks/cyl)\n\n",
-                                        disk->cylinders, disk->heads, disk->track);
+    const std::string geometry =
+        format("cylinders=%d heads=%d sectors/track=%d (1008 blks/cyl)\n\n", disk->cylinders,
+               disk->heads, disk->track);
     return {0, "******* Working on device /dev/" + name + " *******\n" +
                    "parameters extracted from in-core disklabel are:\n" + geometry +
                    "parameters to be used for BIOS calculations are:\n" +
@@ -189,10 +193,10 @@ SmartWords healthWords(Health health) {
 }
 
 Printed smartText(const World& world, const Disk& disk, bool attributes) {
-    const std::string banner = format("smartctl %s r5338 [FreeBSD %d.1-RELEASE amd64] (local "
-                                      "build)\nCopyright (C) 2002-22, Bruce Allen\n\n",
-                                      world.smartctl == 6 ? "6.3 2014-07-26" : "7.3 2022-02-28",
-                                      world.release);
+    const std::string banner =
+        format("smartctl %s r5338 [FreeBSD %d.1-RELEASE amd64] (local "
+               "build)\nCopyright (C) 2002-22, Bruce Allen\n\n",
+               world.smartctl == 6 ? "6.3 2014-07-26" : "7.3 2022-02-28", world.release);
     if (!disk.there)
         return {2, banner + "Smartctl open device: /dev/" + disk.name +
                        " failed: No such file or directory\n"};
@@ -200,14 +204,15 @@ Printed smartText(const World& world, const Disk& disk, bool attributes) {
         return {1, banner + "/dev/" + disk.name + ": Unknown USB bridge [0x0930:0x6544 (0x100)]\n" +
                        "Please specify device type with the -d option.\n\n"};
     const auto [status, words] = healthWords(disk.health);
-    std::string text = banner + "=== START OF INFORMATION SECTION ===\nDevice Model:     " +
-                       disk.model + "\nSerial Number:    " + disk.serial +
-                       "\nFirmware Version: " + disk.firmware + "\n";
+    std::string text =
+        banner + "=== START OF INFORMATION SECTION ===\nDevice Model:     " + disk.model +
+        "\nSerial Number:    " + disk.serial + "\nFirmware Version: " + disk.firmware + "\n";
     text += disk.ssd ? "Rotation Rate:    Solid State Device\n"
                      : format("Rotation Rate:    %d rpm\n", disk.rpm);
-    text += std::string("SMART support is: ") +
-            (disk.health == Health::silent ? "Unavailable - device lacks SMART capability.\n\n"
-                                           : "Enabled\n\n=== START OF READ SMART DATA SECTION ===\n");
+    text +=
+        std::string("SMART support is: ") +
+        (disk.health == Health::silent ? "Unavailable - device lacks SMART capability.\n\n"
+                                       : "Enabled\n\n=== START OF READ SMART DATA SECTION ===\n");
     text += words;
     if (attributes && disk.temperature >= 0 && disk.health != Health::silent)
         text += format("SMART Attributes Data Structure revision number: 16\n"

@@ -51,13 +51,14 @@ std::string ifconfig(const World& world) {
             text += "\tdescription: status: active media: (100baseTX) inet6 ::2\n";
         text += "\toptions=4219b<RXCSUM,TXCSUM,VLAN_MTU,TSO4>\n\tether " + nic.mac + "\n";
         for (const auto& [address, prefix] : nic.ip4)
-            text += "\tinet " + address + " netmask " + netmask(prefix) +
-                    " broadcast 192.0.2.255" + end;
+            text += "\tinet " + address + " netmask " + netmask(prefix) + " broadcast 192.0.2.255" +
+                    end;
         for (const std::string& address : nic.ip6)
             text += "\tinet6 " + address + " prefixlen 64" + end;
         const std::string discovery = "\tnd6 options=29<PERFORMNUD,IFDISABLED,AUTO_LINKLOCAL>\n";
         if (world.release >= 14 && nic.device.empty())
-            text += "\tgroups: vlan\n\tvlan: 5 vlanproto: 802.1q vlanpcp: 0 parent interface: em0\n";
+            text +=
+                "\tgroups: vlan\n\tvlan: 5 vlanproto: 802.1q vlanpcp: 0 parent interface: em0\n";
         text += world.release < 14 ? discovery + mediumOf(nic) : mediumOf(nic) + discovery;
     }
     return text;
@@ -70,15 +71,16 @@ std::string netstat(const World& world, bool v6) {
                    "Netif Expire");
     for (const Route& route : routesOf(world))
         if (route.v6 == v6) // the name is cut to the width of its column
-            text += format("%-*s%-*s%-7s%9.8s%s\n", width, route.to.c_str(), width,
-                           route.via.c_str(), "UGS", route.through.c_str(),
-                           route.to == "::/96" ? " =>" : "");
+            text +=
+                format("%-*s%-*s%-7s%9.8s%s\n", width, route.to.c_str(), width, route.via.c_str(),
+                       "UGS", route.through.c_str(), route.to == "::/96" ? " =>" : "");
     return text;
 }
 
 std::string pciconf(const World& world) {
-    std::string text = "hostb0@pci0:0:0:0:\tclass=0x060000 card=0x0801a0c1 chip=0x0c08a0c1 rev=0x05 "
-                       "hdr=0x00\n    class      = bridge\n    subclass   = HOST-PCI\n";
+    std::string text =
+        "hostb0@pci0:0:0:0:\tclass=0x060000 card=0x0801a0c1 chip=0x0c08a0c1 rev=0x05 "
+        "hdr=0x00\n    class      = bridge\n    subclass   = HOST-PCI\n";
     for (const Nic& nic : world.nics) {
         if (nic.device.empty())
             continue;

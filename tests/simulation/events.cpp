@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint8_t ASSERTED = 0x70, CLEARED = 0xF0;
 
-std::string flaw; // the first one of this pass
+std::string flaw;       // the first one of this pass
 std::vector<bool> used; // attempts that were due
 std::size_t next = 0;   // the first attempt behind the last that was due in order
 
@@ -51,14 +51,21 @@ bool rowReadable(const Nic& nic) {
     });
 }
 
-void judgeLink(Memory& memory, const Nic& nic) {
+// `reported` false: only when others can't be read it may be.
+void judgeLink(Memory& memory, const Nic& nic, bool reported) {
     const bool up = nic.up && nic.active();
     bool& told = memory.links[nic.name];
     if (up == told)
         return;
-    const bool required = rowReadable(nic) && answered("ifconfig -a");
-    const bmcsim::Bytes event = {0x41, 0x04, 0xD0, 0xFF, 0x6F, static_cast<std::uint8_t>(up ? 0xA1 : 0xA2),
-                                 static_cast<std::uint8_t>(nic.row), 0xFF};
+    const bool required = reported && rowReadable(nic) && answered("ifconfig -a");
+    const bmcsim::Bytes event = {0x41,
+                                 0x04,
+                                 0xD0,
+                                 0xFF,
+                                 0x6F,
+                                 static_cast<std::uint8_t>(up ? 0xA1 : 0xA2),
+                                 static_cast<std::uint8_t>(nic.row),
+                                 0xFF};
     if (!stage.world.link_events) {
         told = required ? up : told; // nothing is sent; it counts as told all the same
         return;
@@ -68,8 +75,10 @@ void judgeLink(Memory& memory, const Nic& nic) {
 }
 
 void judgeLinks(Memory& memory) {
-    for (const Nic* nic : nicsByMac(stage.world))
-        judgeLink(memory, *nic);
+    const std::vector<const Nic*> nics = reportedNics(stage.world, LAN_MOST);
+    const std::size_t more = faultOf(Trouble::row_gone) == nullptr ? 0 : stage.faults.size();
+    for (const Nic* nic : nicsByMac(stage.world, LAN_MOST + more))
+        judgeLink(memory, *nic, std::find(nics.begin(), nics.end(), nic) != nics.end());
 }
 
 // ---- Drives
@@ -80,13 +89,13 @@ struct Rule {
     std::uint8_t type;
 };
 constexpr Rule RULES[] = {
-    {ONBOARD, "Fail", 0xA1},      {ONBOARD, "PredictiveFailureAnalysis", 0xA2},
-    {IT, "Degraded", 0xA2},       {IT, "Failed", 0xA1},
-    {IT, "HotSpare", 0xA3},       {IT, "OutofSync", 0xA5},
-    {IT, "Rebuilding", 0xA7},     {RAID, "Degraded", 0xA2},
-    {RAID, "UBad", 0xA1},         {RAID, "UBUnsp", 0xA1},
-    {RAID, "DHS", 0xA3},          {RAID, "GHS", 0xA3},
-    {RAID, "HSPShld", 0xA3},      {RAID, "OutofSync", 0xA5},
+    {ONBOARD, "Fail", 0xA1},  {ONBOARD, "PredictiveFailureAnalysis", 0xA2},
+    {IT, "Degraded", 0xA2},   {IT, "Failed", 0xA1},
+    {IT, "HotSpare", 0xA3},   {IT, "OutofSync", 0xA5},
+    {IT, "Rebuilding", 0xA7}, {RAID, "Degraded", 0xA2},
+    {RAID, "UBad", 0xA1},     {RAID, "UBUnsp", 0xA1},
+    {RAID, "DHS", 0xA3},      {RAID, "GHS", 0xA3},
+    {RAID, "HSPShld", 0xA3},  {RAID, "OutofSync", 0xA5},
     {RAID, "Rbld", 0xA7},
 };
 
@@ -109,7 +118,8 @@ std::uint8_t byte(int value) {
 }
 
 bmcsim::Bytes driveEvent(const Item& item, std::uint8_t alert, std::uint8_t type) {
-    bmcsim::Bytes event = {0x41, 0x04, 0x0D, 0xFF, alert, type, byte(std::max(item.index, 0)), 0xFF};
+    bmcsim::Bytes event = {0x41, 0x04, 0x0D, 0xFF, alert, type, byte(std::max(item.index, 0)),
+                           0xFF};
     if (item.family == IT) {
         event[3] = 0x5F;
         event[6] = byte(item.slot);
@@ -135,7 +145,8 @@ bmcsim::Bytes missingEvent(Item item, std::uint8_t& previous) {
 // What is still to be told of a state, as far as it was sent.
 void judgeState(Subject& subject, const Item& item, bool required) {
     const auto send = [&](std::uint8_t alert, std::uint8_t type) {
-        return type == 0 || tell(driveEvent(item, alert, type), required, item.key + " " + item.state) == Told::taken;
+        return type == 0 || tell(driveEvent(item, alert, type), required,
+                                 item.key + " " + item.state) == Told::taken;
     };
     if (!subject.raised.empty()) {
         if (!send(CLEARED, clearedBy(item.family, subject.told, subject.raised)))
@@ -160,34 +171,36 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
     const bool is_new = drives.known.count(item.key) == 0;
     const bool first = first_pass || drives.listed == Memory::Drives::no ||
                        (item.family == ONBOARD && drives.known.empty());
-    const bool placed =
-        item.state_by.empty() ||
-        (answered(item.state_by, true) && faultOf(Trouble::file) == nullptr &&
-         (item.mapped || answered("camcontrol devlist")));
+    const bool placed = item.state_by.empty() ||
+                        (answered(item.state_by, true) && faultOf(Trouble::file) == nullptr &&
+                         (item.mapped || answered("camcontrol devlist")));
     Subject subject = is_new ? Subject() : drives.known[item.key];
     if (is_new) {
         subject.item = item;
-        subject.item.index = placed ? item.index : -1;
-        subject.presence = first                                     ? Subject::present
+        subject.placed = placed;
+        subject.presence = first                                    ? Subject::present
                            : drives.listed == Memory::Drives::maybe ? Subject::unsure
                                                                     : Subject::untold;
     }
     const std::size_t before = next;
     if (subject.presence != Subject::present) {
         const bool unsure = subject.presence == Subject::unsure;
-        const Told told =
-            tell(driveEvent(item, CLEARED, 0xA0), visible && placed && !unsure, item.key + " arrives");
+        const Told told = tell(driveEvent(item, CLEARED, 0xA0), visible && placed && !unsure,
+                               item.key + " arrives");
         if (told == Told::taken || (unsure && told == Told::absent && visible && !stage.away)) {
             subject.presence = Subject::present;
             subject.item = item;
         }
     }
-    if (subject.presence == Subject::present)
-        judgeState(subject, item, visible && placed);
+    if (subject.presence == Subject::present || subject.presence == Subject::unsure)
+        judgeState(subject, item, subject.presence == Subject::present && visible && placed);
+    if (subject.presence == Subject::unsure && next != before)
+        subject.presence = Subject::present;
     if (is_new && !visible && next == before)
-        return; // nobody knows whether it was seen
-    if (placed && subject.item.index < 0)
+        subject.presence = Subject::unsure; // nobody knows whether it was seen
+    if (placed && !subject.placed)
         subject.item = item;
+    subject.placed = subject.placed || placed;
     drives.known[item.key] = subject;
     if (is_new)
         drives.order.push_back(item.key);
@@ -195,15 +208,34 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
 
 void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& there, bool whole) {
     std::uint8_t previous = 0;
-    for (const std::string& key : drives.order) {
+    for (std::size_t i = 0; i < drives.order.size(); i++) {
+        const std::string key = drives.order[i];
         Subject& subject = drives.known[key];
         if (there.count(key) != 0 || subject.presence == Subject::missing)
             continue;
-        const bmcsim::Bytes event = missingEvent(subject.item, previous);
-        if (subject.presence >= Subject::untold)
-            subject.presence = whole ? Subject::missing : subject.presence;
-        else if (tell(event, whole, key + " is missing", false) == Told::taken)
+        if (subject.presence == Subject::untold) {
+            subject.presence = whole ? Subject::missing : Subject::untold;
+            continue;
+        }
+        const bool unsure = subject.presence == Subject::unsure;
+        const auto gone = [&](bool required, int index) {
+            Item item = subject.item;
+            item.index = index;
+            std::uint8_t before = previous;
+            const bmcsim::Bytes event = missingEvent(item, before);
+            const Told told = tell(event, required, key + " is missing", false);
+            previous = told == Told::absent ? previous : before;
+            return told;
+        };
+        Told told = subject.placed ? Told::absent : gone(false, -1);
+        if (told == Told::absent)
+            told = gone(whole && !unsure, subject.item.index);
+        if (told == Told::taken) {
             subject.presence = Subject::missing;
+        } else if (unsure && whole && told == Told::absent && !stage.away) {
+            drives.known.erase(key); // it was never seen
+            drives.order.erase(drives.order.begin() + static_cast<std::ptrdiff_t>(i--));
+        }
     }
 }
 
@@ -219,13 +251,14 @@ bool listedWhole(Family family) {
         return answered("geom disk list") && all && (any || faultOf(Trouble::folders) == nullptr);
     }
     const auto told = [&](bool installed, const char* list) {
-        return answered(list) || (stage.asked[list].genuine &&
-                                  (!installed || stage.succeeded.count(list) == 0));
+        return answered(list) ||
+               (stage.asked[list].genuine && (!installed || stage.succeeded.count(list) == 0));
     };
     bool whole = told(world.has_sas3ircu, "sas3ircu list");
     const bool cards = family == RAID && world.cards_enabled;
-    whole = whole && (!cards || (told(world.has_storcli, "storcli show") &&
-                                 faultOf(Trouble::file) == nullptr));
+    whole =
+        whole &&
+        (!cards || (told(world.has_storcli, "storcli show") && faultOf(Trouble::file) == nullptr));
     for (const Controller& one : world.controllers)
         if (one.there && one.isSas() && world.has_sas3ircu)
             whole = whole && answered(format("sas3ircu %d display", one.number));
@@ -236,22 +269,22 @@ bool listedWhole(Family family) {
 
 void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
     std::map<std::string, bool> there[FAMILIES];
-    std::size_t line = 0;
+    const auto visible = [](const Item& item) {
+        return std::all_of(item.listed_by.begin(), item.listed_by.end(),
+                           [](const std::string& list) { return answered(list); });
+    };
     for (const Item& item : items) {
-        ++line;
         if (item.family == NO_DRIVE || item.state == "Missing")
             continue;
         if (!there[item.family].emplace(item.key, true).second)
             continue; // of two records of a place the first counts
-        const bool visible = memory.mode_known &&
-                             std::all_of(item.listed_by.begin(), item.listed_by.end(),
-                                         [](const std::string& list) { return answered(list); });
-        judgeDrive(memory.drives[item.family], item, visible, memory.first_pass);
+        judgeDrive(memory.drives[item.family], item, visible(item), memory.first_pass);
     }
     for (const Family family : {ONBOARD, IT, RAID}) {
         Memory::Drives& drives = memory.drives[family];
-        const bool whole = memory.mode_known && line < LINES_MOST && line > 0 &&
-                           (rste ? family == ONBOARD && answered("graid list") : listedWhole(family));
+        const bool whole =
+            items.size() < LINES_MOST && std::any_of(items.begin(), items.end(), visible) &&
+            (rste ? family == ONBOARD && answered("graid list") : listedWhole(family));
         if (!rste)
             judgeMissing(drives, there[family], whole);
         if (whole)

@@ -7,12 +7,14 @@ namespace {
 
 // A program, or one of its command lines.
 std::string anyCommand(const World& world, Dice& dice) {
-    const char* const lines[] = {
-        "ifconfig",       "netstat",          "pciconf",       "geom",       "camcontrol",
-        "smartctl",       "fdisk",            "gpart",         "df",         "swapinfo",
-        "newfs",          "lspci",            "graid",         "storcli",    "sas3ircu",
-        "uname",          "netstat -rn -6",   "ifconfig -a",   "graid list", "geom disk list",
-        "sas3ircu list",  "storcli show",     "uname -r -p",   "camcontrol devlist"};
+    const char* const lines[] = {"ifconfig",     "netstat",        "pciconf",
+                                 "geom",         "camcontrol",     "smartctl",
+                                 "fdisk",        "gpart",          "df",
+                                 "swapinfo",     "newfs",          "lspci",
+                                 "graid",        "storcli",        "sas3ircu",
+                                 "uname",        "netstat -rn -6", "ifconfig -a",
+                                 "graid list",   "geom disk list", "sas3ircu list",
+                                 "storcli show", "uname -r -p",    "camcontrol devlist"};
     if (!world.controllers.empty() && dice.percent(40)) {
         const Controller& one = dice.of(world.controllers);
         const char* const forms[] = {"storcli /c%d show", "storcli /c%d/vall show all",
@@ -56,8 +58,8 @@ Fault makeFault(const World& world, Dice& dice) {
                                                        static_cast<int>(Trouble::nvme_status)));
         fault.number = fault.what >= Trouble::nvme_open ? dice.below(12) : dice.of(world.nics).row;
     } else {
-        fault.what = static_cast<Trouble>(dice.between(static_cast<int>(Trouble::bmc_code),
-                                                       static_cast<int>(Trouble::bmc_gone)));
+        fault.what = static_cast<Trouble>(
+            dice.between(static_cast<int>(Trouble::bmc_code), static_cast<int>(Trouble::bmc_gone)));
         aimAtBmc(fault, dice);
     }
     return fault;

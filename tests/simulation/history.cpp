@@ -9,10 +9,10 @@ namespace {
 
 const char* const SAS_STATES[] = {"Optimal",     "Ready",      "Failed",  "Degraded", "Hot Spare",
                                   "Out of Sync", "Rebuilding", "Missing", "Standby",  "Optimal"};
-const char* const CARD_STATES[] = {"Onln", "UGood", "UBad",  "UBUnsp", "DHS",    "GHS",
+const char* const CARD_STATES[] = {"Onln", "UGood", "UBad",    "UBUnsp", "DHS",    "GHS",
                                    "Rbld", "Offln", "HSPShld", "UGUnsp", "UGShld", "Onln"};
-const char* const SAS_VOLUME_STATES[] = {"Okay", "Degraded", "Failed", "Missing", "Initializing",
-                                         "Inactive,Okay", "Weird"};
+const char* const SAS_VOLUME_STATES[] = {"Okay",         "Degraded",      "Failed", "Missing",
+                                         "Initializing", "Inactive,Okay", "Weird"};
 const char* const CARD_VOLUME_STATES[] = {"Optl", "Dgrd", "Pdgd", "OfLn", "Rec"};
 
 std::string address4(Dice& dice) {
@@ -28,8 +28,9 @@ void giveAddresses(Nic& nic, Dice& dice) {
     for (int i = dice.below(3) * many; i > 0; i--)
         nic.ip4.emplace_back(address4(dice), dice.percent(50) ? 24 : dice.between(8, 32));
     for (int i = dice.below(3) * many; i > 0; i--)
-        nic.ip6.push_back(dice.percent(50) ? format("fe80::%x%%%s", dice.between(1, 60000), nic.name.c_str())
-                                           : format("2001:db8:%x::", dice.between(1, 60000)));
+        nic.ip6.push_back(dice.percent(50)
+                              ? format("fe80::%x%%%s", dice.between(1, 60000), nic.name.c_str())
+                              : format("2001:db8:%x::", dice.between(1, 60000)));
 }
 
 bool nameTaken(const World& world, const std::string& name) {
@@ -58,7 +59,8 @@ std::string addNic(World& world, Dice& dice) {
     nic.carrier = dice.percent(80);
     nic.medium = dice.percent(8) ? -1 : dice.below(static_cast<int>(MEDIA.size()));
     giveAddresses(nic, dice);
-    world.nics.insert(world.nics.begin() + dice.below(static_cast<int>(world.nics.size()) + 1), nic);
+    world.nics.insert(world.nics.begin() + dice.below(static_cast<int>(world.nics.size()) + 1),
+                      nic);
     return nic.name + " appears in row " + std::to_string(nic.row);
 }
 
@@ -95,7 +97,9 @@ std::string removeNic(World& world, Dice& dice) {
 
 std::string renameNic(World& world, Dice& dice) {
     Nic* nic = anyNic(world, dice);
-    const std::string name = nic == nullptr ? "" : dice.percent(50) ? nic->device : "storage0uplink";
+    const std::string name = nic == nullptr     ? ""
+                             : dice.percent(50) ? nic->device
+                                                : "storage0uplink";
     if (name.empty() || nameTaken(world, name))
         return "";
     std::string old = std::exchange(nic->name, name);
@@ -131,8 +135,9 @@ void partition(Disk& disk, Dice& dice) {
         const char* text;
         std::uint64_t bytes;
     };
-    const Size sizes[] = {{"512K", 512U << 10}, {"108G", 108ULL << 30}, {"1.5G", 3ULL << 29},
-                          {"2.3M", (23ULL << 20) / 10}, {"3.0T", 3ULL << 40}, {"800B", 800}};
+    const Size sizes[] = {{"512K", 512U << 10}, {"108G", 108ULL << 30},
+                          {"1.5G", 3ULL << 29}, {"2.3M", (23ULL << 20) / 10},
+                          {"3.0T", 3ULL << 40}, {"800B", 800}};
     for (int i = dice.below(4); i > 0; i--) {
         const Size& size = dice.of(sizes);
         Partition one{format("%sp%d", disk.name.c_str(), i), static_cast<Use>(dice.below(3))};
@@ -156,7 +161,9 @@ std::string addDisk(World& world, Dice& dice) {
     disk.usb = dice.percent(8);
     const bool other = !disk.usb && dice.percent(8);
     disk.ata = !other;
-    const char* const kind = other ? dice.of(std::array{"cd", "nda", "da"}) : disk.usb ? "da" : "ada";
+    const char* const kind = other      ? dice.of(std::array{"cd", "nda", "da"})
+                             : disk.usb ? "da"
+                                        : "ada";
     disk.name = format("%s%d", kind, unit);
     disk.serial = newSerial(dice);
     disk.model = dice.percent(50) ? "Contoso Vault SSD 120" : "Fabrikam FX1000-AA";
@@ -220,8 +227,11 @@ std::string usePartition(World& world, Dice& dice) {
 std::string addDrive(Controller& controller, Dice& dice) {
     const bool sas = controller.isSas();
     Drive drive;
-    drive.enclosure = controller.drives.empty() ? (sas ? dice.between(1, 70) : dice.percent(70) || controller.kind == Kind::card ? 252 : -1)
-                                                : controller.drives.front().enclosure;
+    drive.enclosure = controller.drives.empty()
+                          ? (sas ? dice.between(1, 70)
+                             : dice.percent(70) || controller.kind == Kind::card ? 252
+                                                                                 : -1)
+                          : controller.drives.front().enclosure;
     for (bool taken = true; taken;) {
         drive.slot = dice.below(static_cast<int>(controller.drives.size()) * 2 + 8);
         taken = std::any_of(controller.drives.begin(), controller.drives.end(),
@@ -233,7 +243,7 @@ std::string addDrive(Controller& controller, Dice& dice) {
     drive.firmware = format("A%d", dice.below(100));
     drive.type = std::string(sas ? "SATA_" : "") + (dice.percent(50) ? "HDD" : "SSD");
     drive.wwn = format("50F1E2D3C4B5A%03X", dice.below(4096));
-    drive.device_id = 10 + controller.number * 100 + drive.slot;
+    drive.device_id = 10 + controller.number * 1000 + drive.slot;
     drive.megabytes = dice.between(100, 8000000);
     controller.drives.push_back(drive);
     return format("controller %d: new drive in slot %d", controller.number, drive.slot);
@@ -286,7 +296,8 @@ std::string changeController(World& world, Dice& dice) {
         return "";
     Controller& controller = dice.of(world.controllers);
     controller.there = !controller.there;
-    return format("controller %d (kind %d) ", controller.number, static_cast<int>(controller.kind)) +
+    return format("controller %d (kind %d) ", controller.number,
+                  static_cast<int>(controller.kind)) +
            (controller.there ? "comes" : "goes");
 }
 
@@ -319,8 +330,8 @@ std::string changeRste(World& world, Dice& dice) {
     if (members.size() < 2 || (world.volumes.empty() && dice.percent(90)))
         return "";
     const std::size_t number = world.volumes.size();
-    world.volumes.push_back({format("Intel-08f999b%zu", number), format("raid/r%zu", number), "OPTIMAL",
-                             dice.percent(50) ? 1 : 5, members});
+    world.volumes.push_back({format("Intel-08f999b%zu", number), format("raid/r%zu", number),
+                             "OPTIMAL", dice.percent(50) ? 1 : 5, members});
     return "a software volume comes";
 }
 
@@ -348,10 +359,10 @@ constexpr struct {
     int weight;
     std::string (*change)(World& world, Dice& dice);
 } CHANGES[] = {
-    {12, flapLink},    {4, configureNic}, {2, removeNic},        {3, addNic},
-    {2, renameNic},    {3, changeNic},    {2, changeRoutes},     {10, changeHealth},
-    {10, moveDisk},    {1, addDisk},      {2, swapDisks},        {4, usePartition},
-    {24, changeDrive}, {4, changeVolume}, {3, changeController}, {1, changeRste},
+    {12, flapLink},    {4, configureNic},   {2, removeNic},        {3, addNic},
+    {2, renameNic},    {3, changeNic},      {2, changeRoutes},     {10, changeHealth},
+    {10, moveDisk},    {1, addDisk},        {2, swapDisks},        {4, usePartition},
+    {24, changeDrive}, {4, changeVolume},   {3, changeController}, {1, changeRste},
     {4, changeNvme},   {1, changePrograms},
 };
 

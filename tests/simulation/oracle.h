@@ -25,7 +25,8 @@ std::vector<Item> rsteItems(const World& world);
 // The interfaces in the order of their records, at most `most`.
 std::vector<const Nic*> reportedNics(const World& world, std::size_t most);
 constexpr std::size_t LAN_MOST = 31, USAGE_MOST = 32;
-std::vector<const Nic*> nicsByMac(const World& world); // those of the LAN records, in their order
+std::vector<const Nic*> nicsByMac(const World& world,
+                                  std::size_t most); // in their order of LAN records
 std::string lanRecord(const World& world, const Nic& nic);
 std::vector<std::string> nvmeRecords(const World& world);
 
@@ -44,6 +45,7 @@ struct Subject {
     std::string told, raised; // states: told whole; asserted while the old one is not cleared yet
     enum { present, missing, untold, unsure } presence = present; // unsure: present or untold
     Item item;
+    bool placed = true; // onboard: the agent can know where it sits
 };
 struct Memory {
     bool first_pass = true;
@@ -55,7 +57,7 @@ struct Memory {
     } drives[FAMILIES];
     bool rste = false, mode_known = false, static_due = true;
     bool static_over = false; // nothing of them is left to tell
-    bool named = false; // by a uname that told the truth
+    bool named = false;       // by a uname that told the truth
     std::array<std::int64_t, 5> ticks = {};
     Samples samples;
     std::string agent;       // the agent's information

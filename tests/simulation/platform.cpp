@@ -110,7 +110,8 @@ int ipmi_send_command(int, ipmi_req& request) {
         return failed(EIO);
     }
     bmcsim::Bytes given = answerOf(message, fault);
-    if (fault != nullptr && (fault->what == Trouble::bmc_late || fault->what == Trouble::bmc_silent)) {
+    if (fault != nullptr &&
+        (fault->what == Trouble::bmc_late || fault->what == Trouble::bmc_silent)) {
         waiting.push_back({request.msgid, message.netfn, message.cmd, {TIMED_OUT}});
         if (fault->what == Trouble::bmc_late)
             waiting.push_back({request.msgid, message.netfn, message.cmd, given});
@@ -169,9 +170,8 @@ int nvme_passthrough(int fd, nvme_pt_command& command) {
     const int number = fd - NVME_FD;
     if (hit(Trouble::nvme_call, number))
         return failed(EIO);
-    const auto nvme =
-        std::find_if(stage.world.nvmes.begin(), stage.world.nvmes.end(),
-                     [&](const sim::Nvme& each) { return each.number == number; });
+    const auto nvme = std::find_if(stage.world.nvmes.begin(), stage.world.nvmes.end(),
+                                   [&](const sim::Nvme& each) { return each.number == number; });
     std::vector<std::uint8_t> page(command.len);
     const std::uint32_t what = bmcsim::littleEndian({&command.cmd[40], &command.cmd[44]}, 0, 4);
     const bool fits = reinterpret_cast<std::uintptr_t>(command.buf) % 8 == 0;
@@ -254,7 +254,8 @@ int interface_addresses(std::vector<interface_address>& addresses) {
         interface_address link{nic.name, address_family::link};
         link.has_mac = !nic.mac.empty();
         for (std::size_t i = 0; i < 6 && link.has_mac; i++)
-            link.mac.at(i) = static_cast<std::uint8_t>(std::stoi(nic.mac.substr(i * 3, 2), nullptr, 16));
+            link.mac.at(i) =
+                static_cast<std::uint8_t>(std::stoi(nic.mac.substr(i * 3, 2), nullptr, 16));
         addresses.push_back(link);
         for (const auto& [text, prefix] : nic.ip4) {
             interface_address one{nic.name, address_family::inet};

@@ -75,6 +75,8 @@ std::string happen(History& history, Dice& dice, bool fault) {
     if (!fault)
         return changeWorld(stage.world, dice);
     Fault made = makeFault(stage.world, dice);
+    if (made.what == Trouble::file && stage.pass == 1)
+        return ""; // the agent has just written one of them
     made.until = stage.pass + (dice.percent(50) ? 0 : dice.percent(90) ? dice.below(5) : 15);
     stage.faults.push_back(made);
     return faultText(made);
@@ -140,7 +142,8 @@ Outcome play(const Script& script) {
     history.faults = dice.of(std::array{0, 10, 40});
     settleIn(script.seed);
     startAgent(history);
-    for (stage.pass = 1; stage.pass <= script.passes && history.outcome.flaw.empty(); stage.pass++) {
+    for (stage.pass = 1; stage.pass <= script.passes && history.outcome.flaw.empty();
+         stage.pass++) {
         history.outcome.flaw = runPass(history);
         history.outcome.passes = stage.pass;
     }

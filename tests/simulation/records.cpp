@@ -11,8 +11,10 @@ namespace {
 std::string filled(const std::string& text, const char* separators) {
     std::string result;
     for (const char character : text) {
-        const bool both = !result.empty() && std::string_view(separators).find(character) != std::string_view::npos &&
-                          std::string_view(separators).find(result.back()) != std::string_view::npos;
+        const bool both =
+            !result.empty() &&
+            std::string_view(separators).find(character) != std::string_view::npos &&
+            std::string_view(separators).find(result.back()) != std::string_view::npos;
         result += both ? "N/A" : "";
         result += character;
     }
@@ -84,27 +86,28 @@ Item diskItem(const World& world, const Disk& disk) {
     const std::int64_t tracks = static_cast<std::int64_t>(disk.cylinders) * disk.heads;
     const bool temperature = disk.temperature >= 0 && !disk.usb && disk.health != Health::silent;
     const char* const type = disk.usb ? "USB" : disk.ssd ? "SSD" : "HDD";
-    return onboardItem(
-        world, disk,
-        ";" + join({type, type == std::string("HDD") ? number(disk.rpm) : "",
-                    disk.usb ? "Fabrikam Corporation Q87 USB"
-                             : "Fabrikam Corporation Q87 6-Port SATA  AHCI mode",
-                    disk.model, number(static_cast<std::int64_t>(disk.bytes >> 30)),
-                    number(disk.cylinders), number(tracks * disk.track), number(tracks),
-                    number(disk.heads), disk.usb ? "USB" : "IDE",
-                    temperature ? number(disk.temperature) : ""},
-                   ";"),
-        indexOf(world, disk));
+    return onboardItem(world, disk,
+                       ";" + join({type, type == std::string("HDD") ? number(disk.rpm) : "",
+                                   disk.usb ? "Fabrikam Corporation Q87 USB"
+                                            : "Fabrikam Corporation Q87 6-Port SATA  AHCI mode",
+                                   disk.model, number(static_cast<std::int64_t>(disk.bytes >> 30)),
+                                   number(disk.cylinders), number(tracks * disk.track),
+                                   number(tracks), number(disk.heads), disk.usb ? "USB" : "IDE",
+                                   temperature ? number(disk.temperature) : ""},
+                                  ";"),
+                       indexOf(world, disk));
 }
 
 Item partitionItem(const Partition& one) {
     const auto bytes = [](std::int64_t kilobytes) { return number(kilobytes * 1024); };
     const std::string block = one.block == 0 ? "" : number(one.block);
-    std::vector<std::string> fields = {"PT;/dev/" + one.name, "0", bytes(one.used), bytes(one.available), bytes(one.total)};
+    std::vector<std::string> fields = {"PT;/dev/" + one.name, "0", bytes(one.used),
+                                       bytes(one.available), bytes(one.total)};
     if (one.use == Use::unmounted)
         fields = {fields[0], "0", "N/A", "N/A", number(static_cast<std::int64_t>(one.bytes))};
     if (one.use == Use::mounted)
-        fields[1] = format("%.2f", static_cast<double>(one.used) / static_cast<double>(one.total) * 100);
+        fields[1] =
+            format("%.2f", static_cast<double>(one.used) / static_cast<double>(one.total) * 100);
     return {join(fields, ":") + ":" + block + ":;"};
 }
 
@@ -179,12 +182,11 @@ void addSas(std::vector<Item>& items, const Controller& controller, int index) {
         const std::string state = without(drive.state, ' ');
         const bool bare = state == "Missing" || state == "Standby";
         Item item = driveItem(ir ? RAID : IT, index, drive, state);
-        item.text = (ir ? "BRCM_IR_PD;" : "BRCM_IT_PD;") + number(row++) + ";N/A:" +
-                    sasDriveHealth(state) + ":" + state + ":" + drive.serial + ":" +
+        item.text = (ir ? "BRCM_IR_PD;" : "BRCM_IT_PD;") + number(row++) +
+                    ";N/A:" + sasDriveHealth(state) + ":" + state + ":" + drive.serial + ":" +
                     (bare ? "" : drive.firmware) + ";" + item.key + ";" + drive.type.substr(5) +
                     ";N/A;ATA " + (bare ? "" : without(drive.model, ' ')) + ";" +
                     (bare ? "" : hundredths(drive.megabytes)) + ";";
-        item.listed_by = {"sas3ircu list", format("sas3ircu %d display", controller.number)};
         items.push_back(item);
     }
 }
@@ -199,17 +201,17 @@ void addMegaraid(std::vector<Item>& items, const Controller& controller) {
 }
 
 void addCard(std::vector<Item>& items, const Controller& card, int told) {
-    items.push_back({"BRCM_IR_CNTL;" + (told == 0 ? "" : number(told)) + ";" + number(card.number) + ";" +
-                     underscored(storcliModel(card)) + ";6.22.03.0;4.270_beta;SAS-12G;"});
+    items.push_back({"BRCM_IR_CNTL;" + (told == 0 ? "" : number(told)) + ";" + number(card.number) +
+                     ";" + underscored(storcliModel(card)) + ";6.22.03.0;4.270_beta;SAS-12G;"});
     for (const Volume& volume : card.volumes) {
         const bool degraded = volume.state == "Dgrd" || volume.state == "Pdgd";
-        items.push_back({"BRCM_IR_VD;" +
-                         join({number(volume.id), volume.name,
-                               degraded ? "PredictiveFailureAnalysis" : "OK", volume.state,
-                               volume.level, number(volume.megabytes) + ".0",
-                               members(card.number, card, volume)},
-                              ";") +
-                         ";"});
+        items.push_back(
+            {"BRCM_IR_VD;" +
+             join({number(volume.id), volume.name, degraded ? "PredictiveFailureAnalysis" : "OK",
+                   volume.state, volume.level, number(volume.megabytes) + ".0",
+                   members(card.number, card, volume)},
+                  ";") +
+             ";"});
     }
     int row = 0;
     for (const Drive& drive : card.drives) {
@@ -222,7 +224,6 @@ void addCard(std::vector<Item>& items, const Controller& card, int told) {
                     drive.type + ";N/A;" + underscored(drive.model) + ";" +
                     format("%lld.%02lld;", static_cast<long long>(drive.megabytes / 1024),
                            static_cast<long long>(drive.megabytes % 100));
-        item.listed_by = {"storcli show", format("storcli /c%d show", card.number)};
         items.push_back(item);
     }
 }
@@ -240,8 +241,18 @@ std::vector<Item> storageItems(const World& world) {
     const auto each = [&](auto wanted, auto add) {
         for (const Controller& controller : world.controllers)
             if (controller.there && (controller.isSas() ? world.has_sas3ircu : world.has_storcli) &&
-                wanted(controller))
+                wanted(controller)) {
+                const std::size_t before = items.size();
                 add(controller);
+                const bool sas = controller.isSas();
+                for (std::size_t i = before; i < items.size(); i++)
+                    items[i].listed_by = {sas ? "sas3ircu list" : "storcli show",
+                                          format(controller.kind == Kind::megaraid
+                                                     ? "storcli /c%d /eall /sall show"
+                                                 : sas ? "sas3ircu %d display"
+                                                       : "storcli /c%d show",
+                                                 controller.number)};
+            }
     };
     int index = 0, cards = 0;
     each([](const Controller& one) { return one.kind == Kind::megaraid; },
@@ -256,7 +267,7 @@ std::vector<Item> storageItems(const World& world) {
         std::sort(sorted.begin(), sorted.end(),
                   [](const Partition& a, const Partition& b) { return a.name < b.name; });
         for (const Partition& one : sorted)
-            items.push_back(partitionItem(one));
+            items.push_back(partitionItem(one)), items.back().listed_by = {"geom disk list"};
     }
     const std::size_t most = std::max(LINES_MOST, std::min(items.size(), LINES_MOST) + 1);
     items.resize(std::min(items.size(), LINES_MOST));
@@ -278,10 +289,11 @@ std::vector<Item> rsteItems(const World& world) {
                 disks[name] = disk;
                 indexes.push_back(indexText(indexOf(world, *disk)));
             }
-        items.push_back({"Logical;" + join({volume.provider, volume.state, "Intel RSTe",
-                                            number(static_cast<std::int64_t>(volume.members.size())),
-                                            number(volume.level), join(indexes, ":"), number(place)},
-                                           ";") +
+        items.push_back({"Logical;" +
+                         join({volume.provider, volume.state, "Intel RSTe",
+                               number(static_cast<std::int64_t>(volume.members.size())),
+                               number(volume.level), join(indexes, ":"), number(place)},
+                              ";") +
                          ";"});
         for (const auto& [name, disk] : disks) {
             const int index = indexOf(world, *disk);
@@ -306,8 +318,8 @@ std::vector<const Nic*> reportedNics(const World& world, std::size_t most) {
     return nics;
 }
 
-std::vector<const Nic*> nicsByMac(const World& world) {
-    std::vector<const Nic*> nics = reportedNics(world, LAN_MOST);
+std::vector<const Nic*> nicsByMac(const World& world, std::size_t most) {
+    std::vector<const Nic*> nics = reportedNics(world, most);
     std::stable_sort(nics.begin(), nics.end(), [](const Nic* a, const Nic* b) {
         return a->mac.substr(0, 12) < b->mac.substr(0, 12);
     });
@@ -439,9 +451,12 @@ std::vector<std::string> nvmeRecords(const World& world) {
         const auto& health = nvme.health;
         const auto kelvin = static_cast<float>(health[1] + health[2] * 256);
         const std::string name = format("nvme%d", nvme.number);
-        std::vector<std::string> fields = {
-            name, number(health[0]), format("%2.2f C", static_cast<double>(kelvin - 273.15F)),
-            number(health[3]) + "%", number(health[4]) + "%", number(health[5]) + "%"};
+        std::vector<std::string> fields = {name,
+                                           number(health[0]),
+                                           format("%2.2f C", static_cast<double>(kelvin - 273.15F)),
+                                           number(health[3]) + "%",
+                                           number(health[4]) + "%",
+                                           number(health[5]) + "%"};
         for (std::size_t at = 32; at <= 176; at += 16)
             fields.push_back(counterAt(health, at));
         fields.push_back(nvme.model.substr(0, nvme.model.find_last_not_of(' ') + 1).substr(0, 31));

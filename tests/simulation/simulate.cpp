@@ -86,7 +86,8 @@ Outcome attempt(const Script& script, bool quiet = true) {
 // Leaves out what does not matter for a failure: halves first, then smaller parts.
 Outcome shrink(Script script, Outcome failed) {
     script.passes = failed.passes;
-    for (std::size_t part = (failed.steps.size() + 1) / 2; part > 0; part = part == 1 ? 0 : (part + 1) / 2)
+    for (std::size_t part = (failed.steps.size() + 1) / 2; part > 0;
+         part = part == 1 ? 0 : (part + 1) / 2)
         for (std::size_t at = 0; at < failed.steps.size();) {
             Script less = script;
             for (std::size_t i = at; i < std::min(at + part, failed.steps.size()); i++)

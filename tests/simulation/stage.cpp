@@ -73,10 +73,10 @@ namespace sim {
 Stage stage;
 
 const char* const TROUBLE_NAMES[] = {
-    "missing",   "not started", "hung",      "cut",       "garbage",     "prints nothing",
-    "fails",     "fails with text", "file",  "folders",   "row gone",    "row error",
-    "row count", "addresses",   "ticks",     "memory",    "host name",   "nvme open",
-    "nvme call", "nvme status", "bmc code",  "bmc silent", "bmc late",   "bmc short",
+    "missing",   "not started",     "hung",     "cut",        "garbage",   "prints nothing",
+    "fails",     "fails with text", "file",     "folders",    "row gone",  "row error",
+    "row count", "addresses",       "ticks",    "memory",     "host name", "nvme open",
+    "nvme call", "nvme status",     "bmc code", "bmc silent", "bmc late",  "bmc short",
     "bmc long",  "bmc gone"};
 
 void note(const std::string& line) {
@@ -130,9 +130,8 @@ bool isProgramTrouble(Trouble what) {
 
 const Fault* troubleOf(const std::string& command) {
     for (const Fault& fault : stage.faults)
-        if (isProgramTrouble(fault.what) &&
-            (fault.target.empty() || fault.target == command ||
-             fault.target == command.substr(0, command.find(' '))))
+        if (isProgramTrouble(fault.what) && (fault.target.empty() || fault.target == command ||
+                                             fault.target == command.substr(0, command.find(' '))))
             return &fault;
     return nullptr;
 }
@@ -190,8 +189,9 @@ program_answer run(const command_line& words, const program_limits& limits) {
              fault != nullptr && fault->what == Trouble::garbage};
     if (given.end == program_end::exited && given.exit_status == 0)
         stage.succeeded.insert(command);
-    note("  asked: " + command +
-         (fault == nullptr ? "" : std::string(", ") + TROUBLE_NAMES[static_cast<int>(fault->what)]));
+    note(
+        "  asked: " + command +
+        (fault == nullptr ? "" : std::string(", ") + TROUBLE_NAMES[static_cast<int>(fault->what)]));
     if (told && told->status == 64)
         stage.flaws.push_back("a command line that nothing is known of: " + command);
     return given;

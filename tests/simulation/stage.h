@@ -1,5 +1,6 @@
 // Where the agent plays: a world, a BMC, what goes wrong in this pass, and what was seen of the
-// agent. stage.cpp puts it below the agent in place of a kernel, of programs, files, flags and logs.
+// agent. stage.cpp puts it below the agent in place of a kernel, of programs, files, flags and
+// logs.
 #pragma once
 
 #include "world.h"
@@ -17,14 +18,35 @@ constexpr int LEFT_ALONE = 10; // passes, of a subject whose program hung
 
 enum class Trouble {
     // programs, by command line, by program, or all
-    missing, not_started, hung, cut, garbage, nothing, failed, failed_with_text,
+    missing,
+    not_started,
+    hung,
+    cut,
+    garbage,
+    nothing,
+    failed,
+    failed_with_text,
     // files by path, all folders
-    file, folders,
+    file,
+    folders,
     // kernel calls, a row of the interface table or an NVMe drive by number
-    row_gone, row_error, row_count, addresses, ticks, memory, host_name,
-    nvme_open, nvme_call, nvme_status,
+    row_gone,
+    row_error,
+    row_count,
+    addresses,
+    ticks,
+    memory,
+    host_name,
+    nvme_open,
+    nvme_call,
+    nvme_status,
     // requests: answered with a completion code, not at all, late, short, long; the driver fails
-    bmc_code, bmc_silent, bmc_late, bmc_short, bmc_long, bmc_gone,
+    bmc_code,
+    bmc_silent,
+    bmc_late,
+    bmc_short,
+    bmc_long,
+    bmc_gone,
 };
 extern const char* const TROUBLE_NAMES[];
 

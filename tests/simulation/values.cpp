@@ -12,9 +12,9 @@ using Texts = std::vector<std::string>;
 
 // Nothing went wrong in this pass, and nothing is left alone for what went wrong before.
 bool undisturbed() {
-    return stage.faults.empty() && std::none_of(stage.hung.begin(), stage.hung.end(), [](auto& one) {
-               return stage.pass < one.second + LEFT_ALONE;
-           });
+    return stage.faults.empty() &&
+           std::none_of(stage.hung.begin(), stage.hung.end(),
+                        [](auto& one) { return stage.pass < one.second + LEFT_ALONE; });
 }
 
 std::string compare(std::uint8_t selector, const Texts& due) {
@@ -22,7 +22,8 @@ std::string compare(std::uint8_t selector, const Texts& due) {
     const std::size_t count = std::max(due.size(), stored.texts.size());
     for (std::size_t i = 0; i < count; i++) {
         const std::string wanted = i < due.size() ? "\"" + due[i] + "\"" : "nothing";
-        const std::string there = i < stored.texts.size() ? "\"" + stored.texts[i] + "\"" : "nothing";
+        const std::string there =
+            i < stored.texts.size() ? "\"" + stored.texts[i] + "\"" : "nothing";
         if (wanted == there)
             continue;
         const auto differ = std::mismatch(wanted.begin(), wanted.end(), there.begin(), there.end());
@@ -58,7 +59,7 @@ Texts textsOf(const std::vector<Item>& items) {
 
 Texts lanRecords(const World& world) {
     Texts texts;
-    for (const Nic* nic : nicsByMac(world))
+    for (const Nic* nic : nicsByMac(world, LAN_MOST))
         texts.push_back(lanRecord(world, *nic));
     return texts;
 }
@@ -91,8 +92,7 @@ std::string judgeValues(const Memory& memory) {
         due[199] = textsOf(rsteItems(world));
     for (const auto& [selector, texts] : due) {
         // Of a list without a record nothing is told; of NVMe drives their number is.
-        const std::string flaw =
-            texts.empty() && selector != 206 ? "" : compare(selector, texts);
+        const std::string flaw = texts.empty() && selector != 206 ? "" : compare(selector, texts);
         if (!flaw.empty())
             return flaw;
     }
@@ -102,6 +102,12 @@ std::string judgeValues(const Memory& memory) {
 }
 
 std::string judgePass(Memory& memory) {
+    for (const Item& item : storageItems(stage.world))
+        if (item.family == ONBOARD)
+            note("  true: " + item.text);
+    for (const std::string& text : storedUnder(stage.bmc.parameters, 199).texts)
+        if (text[0] == 'H')
+            note("  told: " + text);
     std::string flaw = judgeEvents(memory);
     if (flaw.empty() && !stage.flaws.empty())
         flaw = stage.flaws.front();

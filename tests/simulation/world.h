@@ -19,8 +19,7 @@ using bmcsim::format;
 // are left out stays the same otherwise.
 class Dice {
   public:
-    Dice(std::uint64_t seed, std::uint64_t pass, std::uint64_t step)
-        : m_state(seed) {
+    Dice(std::uint64_t seed, std::uint64_t pass, std::uint64_t step) : m_state(seed) {
         m_state = next() ^ pass;
         m_state = next() ^ step;
     }
@@ -147,9 +146,9 @@ struct Nvme {
 };
 
 struct World {
-    int release = 14;  // of FreeBSD: 10, 12 or 14
-    int smartctl = 7;  // 6 or 7
-    int storcli = 7;   // 1 or 7
+    int release = 14;                             // of FreeBSD: 10, 12 or 14
+    int smartctl = 7;                             // 6 or 7
+    int storcli = 7;                              // 1 or 7
     bool has_sas3ircu = true, has_storcli = true; // installed
     bool rste_enabled = true, cards_enabled = false, link_events = true, nvme_enabled = true;
     std::string host = "server";
