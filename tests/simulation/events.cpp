@@ -190,6 +190,8 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
         if (told == Told::taken || (unsure && told == Told::absent && visible && !stage.away)) {
             subject.presence = Subject::present;
             subject.item = item;
+        } else if (unsure && told == Told::refused) {
+            subject.presence = Subject::untold;
         }
     }
     if (subject.presence == Subject::present || subject.presence == Subject::unsure)
@@ -269,16 +271,20 @@ bool listedWhole(Family family) {
 
 void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
     std::map<std::string, bool> there[FAMILIES];
+    const std::size_t told = std::min(items.size(), LINES_MOST); // what a whole pass tells
+    std::size_t line = 0;
     const auto visible = [](const Item& item) {
         return std::all_of(item.listed_by.begin(), item.listed_by.end(),
                            [](const std::string& list) { return answered(list); });
     };
     for (const Item& item : items) {
+        ++line;
         if (item.family == NO_DRIVE || item.state == "Missing")
             continue;
         if (!there[item.family].emplace(item.key, true).second)
             continue; // of two records of a place the first counts
-        judgeDrive(memory.drives[item.family], item, visible(item), memory.first_pass);
+        judgeDrive(memory.drives[item.family], item, line <= told && visible(item),
+                   memory.first_pass);
     }
     for (const Family family : {ONBOARD, IT, RAID}) {
         Memory::Drives& drives = memory.drives[family];
@@ -336,7 +342,7 @@ std::string judgeEvents(Memory& memory) {
     judgeStatic(memory);
     judgeMode(memory);
     if (!memory.rste)
-        judgeDrives(memory, storageItems(stage.world), false);
+        judgeDrives(memory, storageItems(stage.world, true), false);
     else if (stage.world.rste_enabled)
         judgeDrives(memory, rsteItems(stage.world), true);
     for (std::size_t i = 0; i < used.size(); i++)

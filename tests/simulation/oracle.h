@@ -20,7 +20,8 @@ struct Item {
 };
 
 constexpr std::size_t LINES_MOST = 256; // of a pass; one more for the RAID cards
-std::vector<Item> storageItems(const World& world);
+// `all`: also those for which a pass has no room left.
+std::vector<Item> storageItems(const World& world, bool all = false);
 std::vector<Item> rsteItems(const World& world);
 // The interfaces in the order of their records, at most `most`.
 std::vector<const Nic*> reportedNics(const World& world, std::size_t most);

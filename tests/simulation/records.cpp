@@ -236,7 +236,7 @@ std::vector<Item> filledItems(std::vector<Item> items) {
 
 } // namespace
 
-std::vector<Item> storageItems(const World& world) {
+std::vector<Item> storageItems(const World& world, bool all) {
     std::vector<Item> items;
     const auto each = [&](auto wanted, auto add) {
         for (const Controller& controller : world.controllers)
@@ -269,8 +269,9 @@ std::vector<Item> storageItems(const World& world) {
         for (const Partition& one : sorted)
             items.push_back(partitionItem(one)), items.back().listed_by = {"geom disk list"};
     }
-    const std::size_t most = std::max(LINES_MOST, std::min(items.size(), LINES_MOST) + 1);
-    items.resize(std::min(items.size(), LINES_MOST));
+    if (!all)
+        items.resize(std::min(items.size(), LINES_MOST));
+    const std::size_t most = all ? SIZE_MAX : std::max(LINES_MOST, items.size() + 1);
     if (world.cards_enabled && !items.empty())
         each([](const Controller& one) { return one.kind == Kind::card; },
              [&](const Controller& one) { addCard(items, one, cards++); });
