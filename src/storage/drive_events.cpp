@@ -86,9 +86,15 @@ bool isPlaced(const drive_family& family, std::string_view index) {
     return family.index_field == 0 || wholeNumber(index).has_value();
 }
 
-// A drive of which neither state nor place is known arrives when more is known of it.
+// Whether a drive is there for certain, and where. Behind a controller its listing has to be
+// believed: half a line would be another drive.
+bool isCertain(const drive_record& record) {
+    const std::size_t index = record.family.index_field;
+    return record.state_known || (index != 0 && isPlaced(record.family, record.fields[index]));
+}
+
 bool tellArrival(const drive_record& record, hdd_list& node) {
-    if (!record.state_known && !isPlaced(record.family, record.fields[record.family.index_field]))
+    if (!isCertain(record))
         return false;
     if (!record.send(alert_deassert, event_presence))
         return false;
@@ -147,9 +153,9 @@ void addRecord(drive_kind kind, const record_fields& fields, bool state_known) {
     drive_family& family = drive_families[static_cast<std::size_t>(kind)];
     const drive_record record{family, fields, state_known};
     hdd_list* node = findDrive(family, record.name());
-    if (node == nullptr)
+    if (node == nullptr && (family.index_field != 0 || isCertain(record)))
         addDrive(record);
-    else if (node->checked == 1)
+    else if (node != nullptr && node->checked == 1)
         updateDrive(record, *node);
 }
 
