@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <initializer_list>
 #include <map>
+#include <set>
 
 namespace {
 
@@ -227,6 +228,18 @@ bool isPartitionOf(const std::string& disk, const std::string& name) {
            name[disk.size()] <= 'z';
 }
 
+std::set<std::string> reported; // names of disks that were ever told
+
+// Whether what camcontrol did not tell as an ATA disk is none: refused, or told otherwise under a
+// name that was never one. Anything else tells nothing.
+bool isOtherKind(const std::string& disk, const reply& answer) {
+    if (answer.end != program_end::exited)
+        return false;
+    if (answer.exit_status != 0)
+        return answer.known || answer.text.empty();
+    return !answer.text.empty() && reported.count(disk) == 0;
+}
+
 void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     const reply& answer = ask({camcontrolIdentify(disk.name), pass.label, disk.name});
     std::optional<identify_facts> identity;
@@ -235,11 +248,11 @@ void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     if (identity.has_value() && !identity->has_model)
         identity.reset();
     if (!identity.has_value() && known_disks.count(disk.name) == 0) {
-        // Refused: no disk of this kind. Anything else tells nothing.
-        if (!answer.known && answer.end != program_end::exited)
+        if (!isOtherKind(disk.name, answer))
             pass.items.listingUnknown(drive_kind::onboard);
         return;
     }
+    reported.insert(disk.name);
     addDisk(pass, disk, identity, known_disks[disk.name]);
     const partition_tables& tables = tablesOf(pass);
     for (const std::string& name : tables.devices)
