@@ -2,6 +2,9 @@
 // it owes its events; one that could not be asked may tell what is true, and nothing else.
 #include "oracle.h"
 
+#include "config/configuration.h"
+#include "config/logs.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -18,6 +21,12 @@ std::size_t next = 0;   // the first attempt behind the last that was due in ord
 void object(const std::string& text) {
     if (flaw.empty())
         flaw = text;
+}
+
+bool readable(const char* path) {
+    return std::none_of(stage.faults.begin(), stage.faults.end(), [&](const Fault& fault) {
+        return fault.what == Trouble::file && (fault.target.empty() || fault.target == path);
+    });
 }
 
 enum class Told { taken, refused, absent };
@@ -171,9 +180,9 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
     const bool is_new = drives.known.count(item.key) == 0;
     const bool first = first_pass || drives.listed == Memory::Drives::no ||
                        (item.family == ONBOARD && drives.known.empty());
-    const bool placed = item.state_by.empty() ||
-                        (answered(item.state_by, true) && faultOf(Trouble::file) == nullptr &&
-                         (item.mapped || answered("camcontrol devlist")));
+    const bool placed =
+        item.state_by.empty() || (answered(item.state_by, true) && readable(hdd_file) &&
+                                  (item.mapped || answered("camcontrol devlist")));
     Subject subject = is_new ? Subject() : drives.known[item.key];
     if (is_new) {
         subject.item = item;
@@ -187,7 +196,8 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
         const bool unsure = subject.presence == Subject::unsure;
         const Told told = tell(driveEvent(item, CLEARED, 0xA0), visible && placed && !unsure,
                                item.key + " arrives");
-        if (told == Told::taken || (unsure && told == Told::absent && visible && !stage.away)) {
+        if (told == Told::taken ||
+            (unsure && told == Told::absent && visible && placed && !stage.away)) {
             subject.presence = Subject::present;
             subject.item = item;
         } else if (unsure && told == Told::refused) {
@@ -200,7 +210,7 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
         subject.presence = Subject::present;
     if (is_new && !visible && next == before)
         subject.presence = Subject::unsure; // nobody knows whether it was seen
-    if (placed && !subject.placed)
+    if (placed && (!subject.placed || subject.item.index < 0))
         subject.item = item;
     subject.placed = subject.placed || placed;
     drives.known[item.key] = subject;
@@ -246,7 +256,9 @@ bool listedWhole(Family family) {
     const World& world = stage.world;
     if (family == ONBOARD) {
         const bool all = std::all_of(world.disks.begin(), world.disks.end(), [](const Disk& disk) {
-            return !disk.there || !disk.ata || answered("camcontrol identify " + disk.name);
+            const std::string kind = disk.name.substr(0, 2);
+            return !disk.there || kind == "cd" || kind == "nd" ||
+                   stage.asked["camcontrol identify " + disk.name].genuine;
         });
         const bool any = std::any_of(world.disks.begin(), world.disks.end(),
                                      [](const Disk& disk) { return disk.there; });
@@ -258,9 +270,7 @@ bool listedWhole(Family family) {
     };
     bool whole = told(world.has_sas3ircu, "sas3ircu list");
     const bool cards = family == RAID && world.cards_enabled;
-    whole =
-        whole &&
-        (!cards || (told(world.has_storcli, "storcli show") && faultOf(Trouble::file) == nullptr));
+    whole = whole && (!cards || (told(world.has_storcli, "storcli show") && readable(ini_file)));
     for (const Controller& one : world.controllers)
         if (one.there && one.isSas() && world.has_sas3ircu)
             whole = whole && answered(format("sas3ircu %d display", one.number));
@@ -269,9 +279,9 @@ bool listedWhole(Family family) {
     return whole;
 }
 
-void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
+// `told`: so many items a whole pass tells.
+void judgeDrives(Memory& memory, const std::vector<Item>& items, std::size_t told, bool rste) {
     std::map<std::string, bool> there[FAMILIES];
-    const std::size_t told = std::min(items.size(), LINES_MOST); // what a whole pass tells
     std::size_t line = 0;
     const auto visible = [](const Item& item) {
         return std::all_of(item.listed_by.begin(), item.listed_by.end(),
@@ -289,7 +299,8 @@ void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
     for (const Family family : {ONBOARD, IT, RAID}) {
         Memory::Drives& drives = memory.drives[family];
         const bool whole =
-            items.size() < LINES_MOST && std::any_of(items.begin(), items.end(), visible) &&
+            items.size() < LINES_MOST && told > 0 &&
+            std::any_of(items.begin(), items.end(), visible) &&
             (rste ? family == ONBOARD && answered("graid list") : listedWhole(family));
         if (!rste)
             judgeMissing(drives, there[family], whole);
@@ -300,12 +311,18 @@ void judgeDrives(Memory& memory, const std::vector<Item>& items, bool rste) {
     }
 }
 
+bool asked(std::initializer_list<const char*> commands) {
+    return std::any_of(commands.begin(), commands.end(),
+                       [](const char* command) { return stage.asked.count(command) != 0; });
+}
+
 // Which kind of storage the agent collects. It is decided in a static pass, when graid answers.
 void judgeMode(Memory& memory) {
     if (!memory.static_due && memory.mode_known)
         return;
     const bool told = answered("graid list");
-    memory.rste = told ? stage.world.showsVolumes() : stage.asked.count("geom disk list") == 0;
+    memory.rste = told ? stage.world.showsVolumes()
+                       : !asked({"geom disk list", "storcli show", "sas3ircu list"});
     if (memory.mode_known && told) // what was there before may be new to the other collector
         for (Memory::Drives& drives : memory.drives)
             if (drives.listed == Memory::Drives::yes)
@@ -342,9 +359,10 @@ std::string judgeEvents(Memory& memory) {
     judgeStatic(memory);
     judgeMode(memory);
     if (!memory.rste)
-        judgeDrives(memory, storageItems(stage.world, true), false);
+        judgeDrives(memory, storageItems(stage.world, true), storageItems(stage.world).size(),
+                    false);
     else if (stage.world.rste_enabled)
-        judgeDrives(memory, rsteItems(stage.world), true);
+        judgeDrives(memory, rsteItems(stage.world), LINES_MOST, true);
     for (std::size_t i = 0; i < used.size(); i++)
         if (!used[i])
             object("false event: told was " + bmcsim::hexText(stage.events[i].event) +

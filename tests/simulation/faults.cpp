@@ -1,6 +1,8 @@
 // What goes wrong, by chance.
 #include "play.h"
 
+#include <algorithm>
+
 namespace sim {
 
 namespace {
@@ -50,6 +52,8 @@ Fault makeFault(const World& world, Dice& dice) {
         fault.what = static_cast<Trouble>(dice.below(8));
         if (!dice.percent(6))
             fault.target = anyCommand(world, dice);
+        if (fault.what == Trouble::missing)
+            fault.target.erase(std::min(fault.target.find(' '), fault.target.size()));
     } else if (kind < 65) {
         fault.what = dice.percent(50) ? Trouble::file : Trouble::folders;
         fault.target = dice.of(std::array{"", "/etc/resolv.conf", "/opt/norvik/vyn.ini"});

@@ -272,7 +272,7 @@ std::vector<Item> storageItems(const World& world, bool all) {
     if (!all)
         items.resize(std::min(items.size(), LINES_MOST));
     const std::size_t most = all ? SIZE_MAX : std::max(LINES_MOST, items.size() + 1);
-    if (world.cards_enabled && !items.empty())
+    if (world.cards_enabled && (all || !items.empty()))
         each([](const Controller& one) { return one.kind == Kind::card; },
              [&](const Controller& one) { addCard(items, one, cards++); });
     items.resize(std::min(items.size(), most));
