@@ -74,11 +74,11 @@ disk_place placeOf(const std::string& disk, const smart_reply& smart, place_memo
     if (std::string mapped = mapIndex(memory.serial); !mapped.empty())
         memory.mapped = std::move(mapped);
     if (!memory.mapped.empty())
-        return {memory.mapped, true};
+        return {memory.mapped, smart.known};
     if (map_seen && (!map_readable || (memory.serial.empty() && !smart.known)))
         return {};
     const auto bus = busIndex(disk, label);
     if (bus.has_value() && !bus->empty())
         memory.bus = *bus;
-    return {memory.bus, bus.has_value() || !memory.bus.empty()};
+    return {memory.bus, (smart.known || !map_seen) && (bus.has_value() || !memory.bus.empty())};
 }

@@ -82,12 +82,15 @@ bool isDiskName(const std::string& name) {
     return true;
 }
 
-// Whether /dev shows that none of these disks is there any more.
-bool allGone(const std::vector<geom_disk>& disks) {
+std::set<std::string> reported; // names of disks that were ever told
+
+// Whether /dev shows that none of the disks is there any more.
+bool allGone() {
     const std::vector<std::string> names = tools.list_folder("/dev");
-    return !names.empty() && std::none_of(disks.begin(), disks.end(), [&](const geom_disk& disk) {
-        return std::find(names.begin(), names.end(), disk.name) != names.end();
-    });
+    return reported.empty() ||
+           (!names.empty() && std::none_of(names.begin(), names.end(), [](const std::string& name) {
+               return reported.count(name) != 0;
+           }));
 }
 
 // The disks that geom lists; while it does not, those that it listed last.
@@ -97,7 +100,7 @@ const std::vector<geom_disk>& listedDisks(storage_items& items, const char* labe
     std::vector<geom_disk> disks;
     if (answer.known)
         disks = parseGeomDisks(answer.text);
-    if (!answer.known || (disks.empty() && !listed.empty() && !allGone(listed))) {
+    if (!answer.known || (disks.empty() && !allGone())) {
         items.listingUnknown(drive_kind::onboard);
         return listed;
     }
@@ -189,7 +192,7 @@ void addDisk(const onboard_pass& pass, const geom_disk& disk,
                      disk.bytes.has_value() ? std::to_string(*disk.bytes >> 30) : "",
                      geometryOf(disk.name, pass.label), interfaceOf(disk.name, known.usb),
                      facts.temperature}),
-        smart.known && place.known);
+        smart.known && place.known, identity.has_value() && place.known);
 }
 
 std::string percentOf(const space_use& use) {
@@ -227,8 +230,6 @@ bool isPartitionOf(const std::string& disk, const std::string& name) {
     return name.compare(0, disk.size(), disk) == 0 && name[disk.size()] >= 'a' &&
            name[disk.size()] <= 'z';
 }
-
-std::set<std::string> reported; // names of disks that were ever told
 
 // Whether what camcontrol did not tell as an ATA disk is none: refused, or told otherwise under a
 // name that was never one. Anything else tells nothing.

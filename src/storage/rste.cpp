@@ -59,7 +59,8 @@ void addVolume(rste_pass& pass, const graid_volume& volume, std::uint64_t place)
         const smart_facts& facts = member.smart.facts;
         pass.items.add("HD;/dev/" + disk + ":" + smartHealth(facts, false) + ":" + facts.serial +
                            ":" + facts.firmware + ";" + combinedIndex(place, member.place.index),
-                       member.smart.known && member.place.known);
+                       member.smart.known && member.place.known,
+                       member.place.known && pass.items.allListed(drive_kind::onboard));
     }
 }
 
