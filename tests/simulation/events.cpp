@@ -29,6 +29,14 @@ bool readable(const char* path) {
     });
 }
 
+// Optional events that were found: those of another drive may have the same bytes.
+struct Lent {
+    std::size_t at;
+    Subject* subject;
+    Subject before;
+};
+std::vector<Lent> lent;
+
 enum class Told { taken, refused, absent };
 
 // An event is due: whether it was sent, and taken. `in_order` false: anywhere in what is left.
@@ -43,6 +51,13 @@ Told tell(const bmcsim::Bytes& event, bool required, const std::string& who, boo
             ++next;
         return stage.events[at].taken ? Told::taken : Told::refused;
     }
+    for (auto one = lent.begin(); required && one != lent.end(); ++one)
+        if (stage.events[one->at].event == event) {
+            *one->subject = one->before;
+            at = one->at;
+            lent.erase(one);
+            return stage.events[at].taken ? Told::taken : Told::refused;
+        }
     if (required && !stage.away)
         object("missed event: due was " + bmcsim::hexText(event) + " of " + who +
                (next < count ? ", told was " + bmcsim::hexText(stage.events[next].event) : ""));
@@ -213,9 +228,16 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
     if (placed && (!subject.placed || subject.item.index < 0))
         subject.item = item;
     subject.placed = subject.placed || placed;
-    drives.known[item.key] = subject;
-    if (is_new)
+    Subject& known = drives.known[item.key];
+    Subject old = std::exchange(known, subject);
+    if (is_new) {
         drives.order.push_back(item.key);
+        old = subject;
+        old.presence = Subject::unsure;
+        old.told = old.raised = "";
+    }
+    for (std::size_t at = before; at < next && !(visible && placed); at++)
+        lent.push_back({at, &known, old});
 }
 
 void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& there, bool whole) {
@@ -353,14 +375,15 @@ void judgeStatic(Memory& memory) {
 
 std::string judgeEvents(Memory& memory) {
     flaw.clear();
+    lent.clear();
     used.assign(stage.events.size(), false);
     next = 0;
     judgeLinks(memory);
     judgeStatic(memory);
     judgeMode(memory);
     if (!memory.rste)
-        judgeDrives(memory, storageItems(stage.world, true), storageItems(stage.world).size(),
-                    false);
+        judgeDrives(memory, storageItems(stage.world, true),
+                    std::min(storageItems(stage.world).size(), LINES_MOST), false);
     else if (stage.world.rste_enabled)
         judgeDrives(memory, rsteItems(stage.world), LINES_MOST, true);
     for (std::size_t i = 0; i < used.size(); i++)

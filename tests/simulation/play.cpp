@@ -75,8 +75,10 @@ std::string happen(History& history, Dice& dice, bool fault) {
     if (!fault)
         return changeWorld(stage.world, dice);
     Fault made = makeFault(stage.world, dice);
-    if ((made.what == Trouble::file || made.what == Trouble::missing) && stage.pass == 1)
-        return ""; // what was never there is no fault
+    // What was never there, or never went well, is no fault.
+    if (stage.pass == 1 && (made.what == Trouble::file || made.what == Trouble::missing ||
+                            made.what == Trouble::failed_with_text))
+        return "";
     made.until = stage.pass + (dice.percent(50) ? 0 : dice.percent(90) ? dice.below(5) : 15);
     stage.faults.push_back(made);
     return faultText(made);

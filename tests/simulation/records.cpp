@@ -263,11 +263,14 @@ std::vector<Item> storageItems(const World& world, bool all) {
         if (!disk.there || !disk.ata)
             continue;
         items.push_back(diskItem(world, disk));
+        const auto by = items.back().listed_by;
         std::vector<Partition> sorted = disk.partitions;
         std::sort(sorted.begin(), sorted.end(),
                   [](const Partition& a, const Partition& b) { return a.name < b.name; });
-        for (const Partition& one : sorted)
-            items.push_back(partitionItem(one)), items.back().listed_by = {"geom disk list"};
+        for (const Partition& one : sorted) {
+            items.push_back(partitionItem(one));
+            items.back().listed_by = by;
+        }
     }
     if (!all)
         items.resize(std::min(items.size(), LINES_MOST));
