@@ -194,7 +194,10 @@ void judgeState(Subject& subject, const Item& item, bool required) {
 void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool first_pass) {
     const bool is_new = drives.known.count(item.key) == 0;
     const bool first = first_pass || drives.listed == Memory::Drives::no ||
-                       (item.family == ONBOARD && drives.known.empty());
+                       (item.family == ONBOARD &&
+                        std::all_of(drives.known.begin(), drives.known.end(), [](auto& one) {
+                            return one.second.presence == Subject::unsure;
+                        }));
     const bool placed =
         item.state_by.empty() || (answered(item.state_by, true) && readable(hdd_file) &&
                                   (item.mapped || answered("camcontrol devlist")));
@@ -318,10 +321,11 @@ void judgeDrives(Memory& memory, const std::vector<Item>& items, std::size_t tol
         judgeDrive(memory.drives[item.family], item, line <= told && visible(item),
                    memory.first_pass);
     }
+    memory.crowded = memory.crowded || items.size() >= LINES_MOST;
     for (const Family family : {ONBOARD, IT, RAID}) {
         Memory::Drives& drives = memory.drives[family];
         const bool whole =
-            items.size() < LINES_MOST && told > 0 &&
+            !memory.crowded && items.size() < LINES_MOST && told > 0 &&
             std::any_of(items.begin(), items.end(), visible) &&
             (rste ? family == ONBOARD && answered("graid list") : listedWhole(family));
         if (!rste)

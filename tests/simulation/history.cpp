@@ -171,7 +171,7 @@ std::string addDisk(World& world, Dice& dice) {
     disk.bytes = static_cast<std::uint64_t>(dice.between(1, 8000)) << 30;
     disk.ssd = dice.percent(40);
     disk.rpm = dice.percent(50) ? 7200 : 5400;
-    disk.bus = unit == 0 && dice.percent(20) ? -1 : unit + 2;
+    disk.bus = unit == 0 && dice.percent(20) ? -1 : unit + 100; // no place of a card's drive
     disk.temperature = dice.percent(15) ? -1 : dice.between(20, 60);
     disk.cylinders = dice.between(1, 500000);
     disk.health = dice.percent(10) ? static_cast<Health>(dice.below(5)) : Health::well;
@@ -408,7 +408,7 @@ World makeWorld(std::uint64_t seed) {
         addDisk(world, dice);
     for (const Disk& disk : world.disks)
         if (dice.percent(50))
-            world.drive_map[disk.serial] = dice.below(256);
+            world.drive_map[disk.serial] = dice.between(140, 255);
     const bool huge = dice.percent(1); // more records than fit a pass
     for (int i = dice.percent(40) ? dice.between(1, 3) : 0; i > 0; i--)
         addController(world, dice, dice.percent(50) ? Kind::sas_it : Kind::sas_ir, 3 - i);

@@ -102,12 +102,6 @@ std::string judgeValues(const Memory& memory) {
 }
 
 std::string judgePass(Memory& memory) {
-    for (const Item& item : storageItems(stage.world))
-        if (item.family == ONBOARD)
-            note("  true: " + item.text);
-    for (const std::string& text : storedUnder(stage.bmc.parameters, 199).texts)
-        if (text[0] == 'H')
-            note("  told: " + text);
     std::string flaw = judgeEvents(memory);
     if (flaw.empty() && !stage.flaws.empty())
         flaw = stage.flaws.front();
