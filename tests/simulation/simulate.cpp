@@ -1,6 +1,7 @@
 // simulate: plays invented histories of a server below the agent and tells the first flaw of each.
 #include "play.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -146,6 +147,7 @@ bool readOptions(int count, char** words, Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
     Options options;
     if (!readOptions(argc, argv, options)) {
         std::fputs(USAGE, stderr);
