@@ -12,7 +12,28 @@
 #include "system_info.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <new>
 #include <utility>
+
+namespace {
+std::size_t live_blocks = 0; // of memory, the agent's included
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* block = std::malloc(std::max<std::size_t>(size, 1));
+    if (block == nullptr)
+        std::abort();
+    ++live_blocks;
+    return block;
+}
+void operator delete(void* block) noexcept {
+    live_blocks -= block == nullptr ? 0 : 1;
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
+}
 
 namespace sim {
 
@@ -134,6 +155,18 @@ std::string runPass(History& history) {
     return judgePass(history.memory);
 }
 
+// What is kept must not grow with the passes. By the first thousand of them nearly all names and
+// places that a history has were there.
+void judgeMemory(History& history) {
+    constexpr int SETTLED = 1000;
+    const std::size_t kept = live_blocks - history.outcome.steps.size();
+    if (stage.pass == SETTLED)
+        history.outcome.settled = kept;
+    history.outcome.kept = kept;
+    if (!stage.tracing && stage.pass > SETTLED && kept > 2 * history.outcome.settled)
+        history.outcome.flaw = format("memory grows: %zu blocks", kept);
+}
+
 } // namespace
 
 Outcome play(const Script& script) {
@@ -148,6 +181,7 @@ Outcome play(const Script& script) {
          stage.pass++) {
         history.outcome.flaw = runPass(history);
         history.outcome.passes = stage.pass;
+        judgeMemory(history);
     }
     return history.outcome;
 }

@@ -24,8 +24,9 @@ struct Script {
 };
 
 struct Outcome {
-    int passes = 0;   // that were played
-    std::string flaw; // of the last one
+    int passes = 0;                    // that were played
+    std::string flaw;                  // of the last one
+    std::size_t settled = 0, kept = 0; // blocks of memory, at pass 1000 and at the end
     std::vector<std::pair<Step, std::string>> steps = {};
 };
 

@@ -30,7 +30,8 @@ void silence(int descriptor) {
     if (quiet)
         silence(STDERR_FILENO);
     const Outcome outcome = sim::play(script);
-    std::fprintf(told, "%d\n%s\n", outcome.passes, outcome.flaw.c_str());
+    std::fprintf(told, "%d %zu %zu\n%s\n", outcome.passes, outcome.settled, outcome.kept,
+                 outcome.flaw.c_str());
     for (const auto& [step, what] : outcome.steps)
         std::fprintf(told, "%d %d %s\n", step.pass, step.number, what.c_str());
     for (const std::string& line : sim::stage.trace)
@@ -71,7 +72,7 @@ Outcome attempt(const Script& script, bool quiet = true) {
         outcome.flaw = sim::format("the agent ended with status %04X", status);
     if (lines.size() < 2)
         return outcome;
-    outcome.passes = std::atoi(lines[0].c_str());
+    std::sscanf(lines[0].c_str(), "%d %zu %zu", &outcome.passes, &outcome.settled, &outcome.kept);
     outcome.flaw += lines[1];
     for (std::size_t i = 2; i + 1 < lines.size(); i++) {
         Step step;
@@ -158,6 +159,10 @@ int main(int argc, char** argv) {
         const Outcome outcome = attempt(script);
         histories++;
         passes += static_cast<unsigned long long>(outcome.passes);
+        if (outcome.settled != 0)
+            std::printf("seed %llu: %zu blocks of memory at pass 1000, %zu at pass %d\n",
+                        static_cast<unsigned long long>(script.seed), outcome.settled, outcome.kept,
+                        outcome.passes);
         if (!outcome.flaw.empty()) {
             failures++;
             script.tracing = false;
