@@ -6,6 +6,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <optional>
 
@@ -13,6 +14,8 @@ namespace {
 
 constexpr std::size_t CHUNK_VALUE_SIZE = 32;
 constexpr BYTE EMPTY_VALUE_INDEX = 255;
+
+std::atomic<unsigned long> untaken{0};
 
 // The only thread whose uploads still count, once reserveUploads was called. Guarded by cmd_lock.
 std::optional<pthread_t> owner;
@@ -56,9 +59,9 @@ void uploadValue(BYTE parm, std::string_view value) {
         value.remove_prefix(1);
     }
     std::size_t offset = 0;
-    if (bmcAway())
-        return;
-    do { // an empty value is one chunk, which clears the parameter
+    bool taken = !bmcAway();
+    while (!bmcAway() && (offset == 0 || offset < value.size())) {
+        // an empty value is one chunk, which clears the parameter
         const std::string_view piece = value.substr(offset, CHUNK_VALUE_SIZE);
         chunk_builder chunk;
         chunk.add(parm);
@@ -73,8 +76,10 @@ void uploadValue(BYTE parm, std::string_view value) {
         const BYTE code = sendLocked(chunk.bytes, chunk.length);
         if (code != 0)
             reportRefusal(parm, code);
+        taken = taken && code == 0;
         offset += CHUNK_VALUE_SIZE;
-    } while (offset < value.size() && !bmcAway());
+    }
+    untaken += taken ? 0 : 1;
 }
 
 } // namespace
@@ -86,6 +91,10 @@ void ipmiCmdSet(BYTE parm, std::string_view buffer) {
 void ipmiCmdSet(BYTE parm, const std::array<BYTE, 2>& count) {
     const char bytes[2] = {static_cast<char>(count[0]), static_cast<char>(count[1])};
     uploadValue(parm, std::string_view(bytes, sizeof bytes));
+}
+
+unsigned long untakenValues() {
+    return untaken;
 }
 
 BYTE sendChunk(const BYTE* chunk, int length) {

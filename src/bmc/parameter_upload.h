@@ -37,6 +37,9 @@ void ipmiCmdSet(BYTE parm, std::string_view buffer);
 // Uploads a count as its two bytes.
 void ipmiCmdSet(BYTE parm, const std::array<BYTE, 2>& count);
 
+// How many values did not reach the BMC whole so far.
+unsigned long untakenValues();
+
 // Sends one ready chunk under cmd_lock; returns the completion code. Nothing is logged.
 BYTE sendChunk(const BYTE* chunk, int length);
 

@@ -24,10 +24,13 @@ void update(const interface_row& row, const told_interfaces& told) {
     if (found != told.end()) {
         const ifconfig_interface& interface = found->second;
         const bool active = interface.status == "active";
-        known[row.name] = {interface.inet6, linkSpeed(interface.media), active, active && row.up};
-    } else if (const auto last = known.find(row.name); last != known.end() && !row.up) {
-        last->second.link_up = false; // that much the kernel tells
+        known[row.name] = {interface.inet6, linkSpeed(interface.media), active, active && row.up,
+                           false};
+        return;
     }
+    interface_facts& last = known[row.name];
+    last.link_unsure = row.up;
+    last.link_up = last.link_up && row.up; // that much the kernel tells
 }
 
 // Forgets the interfaces that have gone.

@@ -12,6 +12,7 @@ struct interface_facts {
     int speed = 0;                 // Mbit/s, 0 when the medium is unknown
     bool active = false;           // the media status
     bool link_up = false;          // configured up and active, when both were known last
+    bool link_unsure = false;      // neither ifconfig nor the kernel tells now: no news
 };
 
 // Asks, unless that was done in this cycle, and takes over what is told of these interfaces.

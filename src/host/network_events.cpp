@@ -3,6 +3,7 @@
 #include "bmc/events.h"
 #include "config/configuration.h"
 #include "config/logs.h"
+#include "host/interface_facts.h"
 #include "host/lan_record.h"
 #include "text.h"
 
@@ -21,9 +22,12 @@ constexpr std::size_t ADDRESS_PIECES = 512;
 
 using record_fields = std::vector<std::string>;
 
-// Whether the state may follow: the BMC has taken the event, or there is none to tell.
+// Whether the state may follow: the BMC has taken the event, or there is none to tell. A link of
+// which nothing is known now is as it was.
 bool tellLink(const record_fields& fields) {
     const std::string& link = fields[LAN_LINK];
+    if (factsOf(fields[LAN_NAME]).link_unsure)
+        return false;
     if (nicStatusSel == 0 || (link != NETWORK_UP && link != NETWORK_DOWN))
         return true;
     const int index = leadingInteger(fields[LAN_INDEX], 0);

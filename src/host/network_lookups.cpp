@@ -50,10 +50,13 @@ void askAdapters() {
     const reply& answer = ask({pciconfCommand(), DESCRIPTION_LABEL});
     if (answer.end == program_end::missing || answer.end == program_end::not_started)
         printErrLog(DESCRIPTION_LABEL, "command not found");
-    else if (answer.known) {
-        adapters = parsePciconf(answer.text);
+    auto told = answer.known ? parsePciconf(answer.text) : std::map<std::string, pci_device>();
+    const bool whole = answer.succeeded(); // else half of them may be missing
+    if (told.empty() || (!whole && !adapters.empty()))
+        return;
+    adapters = std::move(told);
+    if (whole)
         described_names = names;
-    }
 }
 
 // Whether a routing table's name of an interface means this one.
@@ -109,7 +112,8 @@ std::string getGateway(const std::string& iface) {
 std::string getFQDN() {
     std::string name;
     if (platform::host_name(name) != 0)
-        name = parseOneLine(ask({{"hostname"}, FQDN_LABEL}).text);
+        if (const reply& answer = ask({{"hostname"}, FQDN_LABEL}); answer.succeeded())
+            name = parseOneLine(answer.text);
     dropNewline(name);
     if (name.empty())
         printErrLog(FQDN_LABEL, "command not found");

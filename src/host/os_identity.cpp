@@ -14,9 +14,12 @@ constexpr value_report OS_NAME = {"OS name", "OS name ->", PARM_OS_NAME};
 constexpr value_report OS_VERSION = {"OS version", "OS version ->", PARM_OS_VERSION};
 
 int reportOsValue(const value_report& how, const command_line& words) {
-    std::string text = parseOneLine(ask({words, how.logged}).text);
+    // Of a program that hung or failed there may be half a line.
+    const reply& answer = ask({words, how.logged});
+    std::string text = answer.succeeded() ? parseOneLine(answer.text) : "";
     if (text.empty()) {
         text = "n/a";
+        static_flag = 1;
         printErrLog(how.logged, "command not found");
     }
     if (dropNewline(text))

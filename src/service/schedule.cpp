@@ -1,6 +1,7 @@
 #include "service/schedule.h"
 
 #include "bmc/file_download.h"
+#include "bmc/parameter_upload.h"
 #include "bmc/request.h"
 #include "bmc/restart_monitor.h"
 #include "bmc/time_stamp.h"
@@ -82,10 +83,13 @@ int hdd_type = HDD_TYPE_PLAIN;
 void collectStatic() {
     // Taken before the work, so that a request made during the pass is not lost.
     if (static_flag.exchange(0) == 1) {
+        const unsigned long untaken = untakenValues();
         hdd_type = getHddType();
         reportAgent();
         getOSName();
         getOSVersion();
+        if (untakenValues() != untaken)
+            static_flag = 1;
     }
     printIntLog("Intel RAID ->", hdd_type);
 }

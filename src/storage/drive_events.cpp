@@ -26,6 +26,7 @@ struct drive_record {
     drive_family& family;
     const record_fields& fields;
     bool state_known;
+    bool certain; // that it is there, and where
 
     const std::string& name() const {
         return fields[family.name_field];
@@ -82,8 +83,12 @@ void logNewDrive(const drive_record& record, const char* title) {
     printCommandLog(title, record.name());
 }
 
+bool isPlaced(const drive_family& family, std::string_view index) {
+    return family.index_field == 0 || wholeNumber(index).has_value();
+}
+
 bool tellArrival(const drive_record& record, hdd_list& node) {
-    if (!record.send(alert_deassert, event_presence))
+    if (!record.certain || !record.send(alert_deassert, event_presence))
         return false;
     node.presence = drive_present;
     return true;
@@ -123,6 +128,8 @@ void updateDrive(const drive_record& record, hdd_list& node) {
             printCommandLog(family.new_title, "drive found");
             printCommandLog(family.found_title, node.name);
         }
+    } else if (record.certain && !isPlaced(family, node.index)) {
+        family.describe(node, record.fields);
     }
     tellState(record, node);
 }
@@ -134,13 +141,13 @@ hdd_list* findDrive(const drive_family& family, const std::string& name) {
     return node;
 }
 
-void addRecord(drive_kind kind, const record_fields& fields, bool state_known) {
+void addRecord(drive_kind kind, const record_fields& fields, bool state_known, bool certain) {
     drive_family& family = drive_families[static_cast<std::size_t>(kind)];
-    const drive_record record{family, fields, state_known};
+    const drive_record record{family, fields, state_known, certain};
     hdd_list* node = findDrive(family, record.name());
-    if (node == nullptr)
+    if (node == nullptr && (family.index_field != 0 || record.certain))
         addDrive(record);
-    else if (node->checked == 1)
+    else if (node != nullptr && node->checked == 1)
         updateDrive(record, *node);
 }
 
@@ -150,22 +157,23 @@ bool isAbsent(const record_fields& fields) {
     return fields[drive_families[static_cast<std::size_t>(drive_kind::it)].state_field] == MISSING;
 }
 
-void addStorageSELRecord(const record_fields& fields, bool state_known) {
-    addRecord(drive_kind::onboard, fields, state_known);
+void addStorageSELRecord(const record_fields& fields, bool state_known, bool certain) {
+    addRecord(drive_kind::onboard, fields, state_known, certain);
 }
 
-void addStorage3008ITSELRecord(const record_fields& fields, bool state_known) {
+void addStorage3008ITSELRecord(const record_fields& fields, bool state_known, bool certain) {
     if (!isAbsent(fields))
-        addRecord(drive_kind::it, fields, state_known);
+        addRecord(drive_kind::it, fields, state_known, certain);
 }
 
-void addStorageRaidSELRecord(const record_fields& fields, bool state_known) {
+void addStorageRaidSELRecord(const record_fields& fields, bool state_known, bool certain) {
     if (!isAbsent(fields))
-        addRecord(drive_kind::raid, fields, state_known);
+        addRecord(drive_kind::raid, fields, state_known, certain);
 }
 
 // By drive_kind.
-constexpr void (*HANDLERS[DRIVE_KINDS])(const record_fields& fields, bool state_known) = {
+constexpr void (*HANDLERS[DRIVE_KINDS])(const record_fields& fields, bool state_known,
+                                        bool certain) = {
     addStorageSELRecord, addStorage3008ITSELRecord, addStorageRaidSELRecord};
 
 // A drive whose arrival was never told is not told missing either.
@@ -212,7 +220,7 @@ void noteListedFamilies(const storage_items& items) {
             drive_families[kind].listed_once = true;
 }
 
-void trackDrive(const list& item, bool state_known) {
+void trackDrive(const list& item, bool state_known, bool certain) {
     record_fields fields = splitFields(item.parm, ";:", STORAGE_RECORD_FIELDS);
     fields.resize(STORAGE_RECORD_FIELDS);
     for (std::size_t kind = 0; kind < DRIVE_KINDS; ++kind) {
@@ -223,7 +231,7 @@ void trackDrive(const list& item, bool state_known) {
         // ever.
         std::string& state = fields[family.state_field];
         state.resize(std::min(state.size(), sizeof(hdd_list::status) - 1));
-        HANDLERS[kind](fields, state_known);
+        HANDLERS[kind](fields, state_known, certain);
         return;
     }
 }

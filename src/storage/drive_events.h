@@ -22,5 +22,6 @@ void noteListedFamilies(const storage_items& items);
 
 // Takes one normalised item to the handler of its tag; other records are ignored. Of several
 // records of one place in a pass the first counts. `state_known` false: the drive is there, but
-// what its record says of its health is no news.
-void trackDrive(const list& item, bool state_known);
+// what its record says of its health is no news. `certain` false: nor is that it is there, or
+// where: half a line would be another drive.
+void trackDrive(const list& item, bool state_known, bool certain = true);

@@ -80,6 +80,7 @@ drive_family onboardFamily() {
     family.tag = "HD";
     family.name_field = 1;
     family.state_field = 2;
+    family.index_field = INDEX_FIELD;
     family.rules = {
         {"Fail", event_fault, match::exact, match::exact, "OK"},
         {"FAILED", event_failed_array, match::exact, match::exact},

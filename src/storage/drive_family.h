@@ -34,6 +34,7 @@ struct drive_family {
     const char* tag = ""; // field 0 of its records
     std::size_t name_field = 0;
     std::size_t state_field = 0;
+    std::size_t index_field = 0; // that says where the drive sits; 0: its name does
     std::vector<state_rule> rules;
 
     BYTE sensor = 0xFF;

@@ -49,12 +49,36 @@ bool mapReadable() {
     return tools.read_file(hdd_file).has_value();
 }
 
-std::string busIndex(const std::string& disk, const char* label) {
+std::optional<std::string> busIndex(const std::string& disk, const char* label) {
     const reply& answer = ask({camcontrolDevlist(), label});
-    if (answer.end == program_end::exited)
-        for (const cam_device& device : parseDevlist(answer.text))
-            if (!device.bus.empty() &&
-                std::find(device.words.begin(), device.words.end(), disk) != device.words.end())
-                return device.bus;
-    return "";
+    if (answer.end != program_end::exited)
+        return std::nullopt;
+    const std::vector<cam_device> devices = parseDevlist(answer.text);
+    const auto sits = [&](const cam_device& device) { return !device.bus.empty(); };
+    for (const cam_device& device : devices)
+        if (sits(device) &&
+            std::find(device.words.begin(), device.words.end(), disk) != device.words.end())
+            return device.bus;
+    const bool listed = answer.succeeded() && std::any_of(devices.begin(), devices.end(), sits);
+    return listed ? std::optional(std::string()) : std::nullopt;
+}
+
+disk_place placeOf(const std::string& disk, const smart_reply& smart, place_memory& memory,
+                   const char* label) {
+    static bool map_seen = false;
+    const bool map_readable = mapReadable();
+    map_seen = map_seen || map_readable;
+    const std::string& serial = smart.facts.serial;
+    if (!serial.empty() && serial != memory.serial)
+        memory = {serial, "", memory.bus}; // another disk
+    if (std::string mapped = mapIndex(memory.serial); !mapped.empty())
+        memory.mapped = std::move(mapped);
+    if (!memory.mapped.empty())
+        return {memory.mapped, smart.known};
+    if (map_seen && (!map_readable || (memory.serial.empty() && !smart.known)))
+        return {};
+    const auto bus = busIndex(disk, label);
+    if (bus.has_value() && !bus->empty())
+        memory.bus = *bus;
+    return {memory.bus, (smart.known || !map_seen) && (bus.has_value() || !memory.bus.empty())};
 }

@@ -53,7 +53,7 @@ int getSmartStorageUsage() {
         return 0;
     resetDrivePresenceCheck();
     uploadList(REPORT, items.head(), items.count(), [&](const list& item, std::size_t place) {
-        trackDrive(item, items.stateKnown(place));
+        trackDrive(item, items.stateKnown(place), items.isCertain(place));
     });
     checkDrivePresence(items);
     return 0;

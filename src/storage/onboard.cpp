@@ -13,17 +13,19 @@
 #include "tools/newfs.h"
 #include "tools/swapinfo.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <initializer_list>
 #include <map>
+#include <set>
 
 namespace {
 
 // What is remembered of a disk that was reported, while geom lists it.
 struct known_disk {
     bool usb = false;
-    std::string serial;
-    std::string index; // where it sits: a serial that could not be read does not move it
+    std::string type; // SSD or HDD
+    place_memory place;
 };
 std::map<std::string, known_disk> known_disks;
 
@@ -80,6 +82,17 @@ bool isDiskName(const std::string& name) {
     return true;
 }
 
+std::set<std::string> reported; // names of disks that were ever told
+
+// Whether /dev shows that none of the disks is there any more.
+bool allGone() {
+    const std::vector<std::string> names = tools.list_folder("/dev");
+    return reported.empty() ||
+           (!names.empty() && std::none_of(names.begin(), names.end(), [](const std::string& name) {
+               return reported.count(name) != 0;
+           }));
+}
+
 // The disks that geom lists; while it does not, those that it listed last.
 const std::vector<geom_disk>& listedDisks(storage_items& items, const char* label) {
     static std::vector<geom_disk> listed;
@@ -87,7 +100,7 @@ const std::vector<geom_disk>& listedDisks(storage_items& items, const char* labe
     std::vector<geom_disk> disks;
     if (answer.known)
         disks = parseGeomDisks(answer.text);
-    if (!answer.known || (disks.empty() && !listed.empty())) {
+    if (!answer.known || (disks.empty() && !allGone())) {
         items.listingUnknown(drive_kind::onboard);
         return listed;
     }
@@ -112,10 +125,18 @@ const disk_controllers& controllersOf(const onboard_pass& pass) {
     if (names == told_for)
         return controllers;
     const reply& answer = ask({lspciVerbose(), pass.label});
-    if (answer.known) {
-        controllers = parseLspci(answer.text);
+    disk_controllers told;
+    if (answer.known)
+        told = parseLspci(answer.text);
+    const auto empty = [](const disk_controllers& two) {
+        return two.usb.empty() && two.ata.empty();
+    };
+    const bool whole = answer.succeeded(); // else one may be missing
+    if (empty(told) || (!whole && !empty(controllers)))
+        return controllers;
+    controllers = std::move(told);
+    if (whole)
         told_for = std::move(names);
-    }
     return controllers;
 }
 
@@ -128,15 +149,6 @@ const partition_tables& tablesOf(onboard_pass& pass) {
     return *pass.tables;
 }
 
-std::string indexOf(const std::string& disk, known_disk& known, const char* label) {
-    std::string index = mapIndex(known.serial);
-    if (index.empty())
-        index = busIndex(disk, label);
-    if (!index.empty())
-        known.index = std::move(index);
-    return known.index;
-}
-
 std::string rpmOf(std::string rotation) {
     constexpr std::string_view UNIT = "rpm";
     for (const std::string_view end : {UNIT, std::string_view(" ")})
@@ -144,15 +156,6 @@ std::string rpmOf(std::string rotation) {
             rotation.compare(rotation.size() - end.size(), end.size(), end) == 0)
             rotation.resize(rotation.size() - end.size());
     return rotation;
-}
-
-smart_reply smartOf(const std::string& disk, known_disk& known, const char* label) {
-    smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
-    if (smart.known) {
-        known.usb = smart.facts.unknown_usb_bridge;
-        known.serial = smart.facts.serial;
-    }
-    return smart;
 }
 
 // cylinders;sectors;tracks;heads
@@ -171,22 +174,25 @@ std::string interfaceOf(const std::string& disk, bool usb) {
 // `identity`: what camcontrol tells; nothing when it does not answer any more.
 void addDisk(const onboard_pass& pass, const geom_disk& disk,
              const std::optional<identify_facts>& identity, known_disk& known) {
-    const smart_reply smart = smartOf(disk.name, known, pass.label);
+    const smart_reply smart = askSmart(smartctlDisk(disk.name), disk.name, pass.label);
     const smart_facts& facts = smart.facts;
-    std::string type = known.usb ? "USB" : "";
-    if (type.empty() && identity.has_value())
-        type = identity->trim ? "SSD" : "HDD";
+    if (facts.recognised)
+        known.usb = facts.unknown_usb_bridge;
+    const disk_place place = placeOf(disk.name, smart, known.place, pass.label);
+    if (identity.has_value())
+        known.type = identity->trim ? "SSD" : "HDD";
+    const std::string type = known.usb ? "USB" : known.type;
     const disk_controllers& controllers = controllersOf(pass);
     const std::string drive = joined(
         ':', {bare("/dev/" + disk.name), smartHealth(facts, true), facts.serial, facts.firmware});
-    pass.items.add(joined(';', {"HD", drive, indexOf(disk.name, known, pass.label), type,
-                                type == "HDD" ? rpmOf(facts.rotation) : "",
-                                known.usb ? controllers.usb : controllers.ata,
-                                identity.has_value() ? identity->model : "",
-                                disk.bytes.has_value() ? std::to_string(*disk.bytes >> 30) : "",
-                                geometryOf(disk.name, pass.label),
-                                interfaceOf(disk.name, known.usb), facts.temperature}),
-                   smart.known);
+    pass.items.add(
+        joined(';', {"HD", drive, place.index, type, type == "HDD" ? rpmOf(facts.rotation) : "",
+                     known.usb ? controllers.usb : controllers.ata,
+                     identity.has_value() ? identity->model : "",
+                     disk.bytes.has_value() ? std::to_string(*disk.bytes >> 30) : "",
+                     geometryOf(disk.name, pass.label), interfaceOf(disk.name, known.usb),
+                     facts.temperature}),
+        smart.known && place.known, identity.has_value() && place.known);
 }
 
 std::string percentOf(const space_use& use) {
@@ -225,6 +231,16 @@ bool isPartitionOf(const std::string& disk, const std::string& name) {
            name[disk.size()] <= 'z';
 }
 
+// Whether what camcontrol did not tell as an ATA disk is none: refused, or told otherwise under a
+// name that was never one. Anything else tells nothing.
+bool isOtherKind(const std::string& disk, const reply& answer) {
+    if (answer.end != program_end::exited)
+        return false;
+    if (answer.exit_status != 0)
+        return answer.known || answer.text.empty();
+    return !answer.text.empty() && reported.count(disk) == 0;
+}
+
 void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     const reply& answer = ask({camcontrolIdentify(disk.name), pass.label, disk.name});
     std::optional<identify_facts> identity;
@@ -233,11 +249,11 @@ void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     if (identity.has_value() && !identity->has_model)
         identity.reset();
     if (!identity.has_value() && known_disks.count(disk.name) == 0) {
-        // Refused: no disk of this kind. Anything else tells nothing.
-        if (!answer.known && answer.end != program_end::exited)
+        if (!isOtherKind(disk.name, answer))
             pass.items.listingUnknown(drive_kind::onboard);
         return;
     }
+    reported.insert(disk.name);
     addDisk(pass, disk, identity, known_disks[disk.name]);
     const partition_tables& tables = tablesOf(pass);
     for (const std::string& name : tables.devices)

@@ -116,7 +116,7 @@ void addDrives(card_pass& pass, const std::string& number, const storcli_card& c
                            ":" + drive.state + ":" + told.serial + ":" + told.firmware + ";" +
                            placeOf(number, drive) + ";" + drive.medium + ";N/A;" + told.model +
                            ";" + drive.size,
-                       state_known);
+                       state_known, state_known);
     }
 }
 
@@ -124,7 +124,9 @@ void collectCard(card_pass& pass, const std::string& number) {
     const command_line words = storcliCard(number);
     const reply& answer = pass.answer(words, "storcli /c" + number);
     const storcli_card card = parseStorcliCard(printedText(answer));
-    const bool listed = isWholeListing(words, answer, card.whole);
+    // A first answer that failed half-way names drives that are none.
+    const bool listed =
+        isWholeListing(words, answer, card.whole) && (answer.succeeded() || card.drives.empty());
     if (!listed)
         pass.items.listingUnknown(drive_kind::raid);
     if (card.named) {

@@ -11,32 +11,27 @@
 
 namespace {
 
+// Where the members sat, by disk, the last time that all volumes were listed.
+std::map<std::string, place_memory> places;
+
 struct rste_member {
-    std::string index;
     smart_reply smart;
+    disk_place place;
 };
 
 // What the collection of the volumes has come to.
 struct rste_pass {
     storage_items& items;
     const char* label;
-    bool map_readable = mapReadable();
-    // Of the member before: without a drive map every drive has that of the first.
-    std::string drive_index = "0";
+    std::map<std::string, place_memory> seen = {}; // by disk
 
     rste_member member(const std::string& disk) {
-        // A serial that could not be read does not move a disk.
-        static std::map<std::string, std::string> last_indexes;
-        const smart_reply smart = askSmart(smartctlDisk(disk), disk, label);
-        if (map_readable)
-            drive_index = mapIndex(smart.facts.serial);
-        if (drive_index.empty())
-            drive_index = busIndex(disk, label);
-        const auto last = last_indexes.find(disk);
-        if (last != last_indexes.end() && !smart.known && smart.facts.serial.empty())
-            return {last->second, smart};
-        last_indexes[disk] = drive_index;
-        return {drive_index, smart};
+        static bool map_seen = false;
+        map_seen = map_seen || mapReadable();
+        rste_member member{askSmart(smartctlDisk(disk), disk, label), {"0", true}};
+        if (map_seen) // without a drive map every disk has the same index
+            member.place = placeOf(disk, member.smart, seen[disk] = places[disk], label);
+        return member;
     }
 };
 
@@ -55,7 +50,7 @@ void addVolume(rste_pass& pass, const graid_volume& volume, std::uint64_t place)
     for (const std::string& disk : volume.members) {
         if (members.count(disk) == 0)
             members.emplace(disk, pass.member(disk));
-        indexes.push_back(members[disk].index);
+        indexes.push_back(members[disk].place.index);
     }
     pass.items.add(withList("Logical;" + volume.name + ";" + volume.state + ";Intel RSTe;" +
                                 volume.components + ";" + volume.level + ";",
@@ -63,8 +58,9 @@ void addVolume(rste_pass& pass, const graid_volume& volume, std::uint64_t place)
     for (const auto& [disk, member] : members) {
         const smart_facts& facts = member.smart.facts;
         pass.items.add("HD;/dev/" + disk + ":" + smartHealth(facts, false) + ":" + facts.serial +
-                           ":" + facts.firmware + ";" + combinedIndex(place, member.index),
-                       member.smart.known);
+                           ":" + facts.firmware + ";" + combinedIndex(place, member.place.index),
+                       member.smart.known && member.place.known,
+                       member.place.known && pass.items.allListed(drive_kind::onboard));
     }
 }
 
@@ -81,7 +77,9 @@ void collectRste(storage_items& items, const char* label) {
     std::uint64_t place = 0;
     for (const graid_volume& volume : volumes) {
         if (items.full())
-            return;
+            break;
         addVolume(pass, volume, place++);
     }
+    if (items.allListed(drive_kind::onboard))
+        places = std::move(pass.seen);
 }

@@ -110,7 +110,7 @@ void addRecords(storage_items& items, const sas3008_controller& controller, bool
             items.add(volumeRecord(controller, volume));
     std::size_t place = 0;
     for (const sas_drive& drive : display.drives)
-        items.add(driveRecord(controller, drive, place++), state_known);
+        items.add(driveRecord(controller, drive, place++), state_known, state_known);
 }
 
 // The drives behind a controller in this mode, or behind any when it is not known.
@@ -127,7 +127,9 @@ void collectController(storage_items& items, const std::string& index, const std
     const command_line words = sas3ircuDisplay(number);
     const reply& answer = ask({words, label, "sas3ircu " + number});
     const sas_display display = parseSas3ircuDisplay(printedText(answer));
-    const bool listed = isWholeListing(words, answer, display.whole);
+    // A first answer that failed half-way names drives that are none.
+    const bool listed = isWholeListing(words, answer, display.whole) &&
+                        (display.whole || answer.succeeded() || display.drives.empty());
     if (!listed)
         noteUnlisted(items, raid_support[number]);
     else if (display.whole)

@@ -60,8 +60,8 @@ int getSmartIntelRSTe() {
         return 0;
     resetDrivePresenceCheck();
     std::size_t place = 0;
-    for (const list* item = items.head(); item != nullptr; item = item->next)
-        trackDrive(*item, items.stateKnown(place++));
+    for (const list* item = items.head(); item != nullptr; item = item->next, ++place)
+        trackDrive(*item, items.stateKnown(place), items.isCertain(place));
     noteListedFamilies(items);
     return 0;
 }

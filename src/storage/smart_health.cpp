@@ -26,13 +26,16 @@ smart_reply askSmart(const command_line& words, const std::string& subject, cons
 
     const smart_facts& facts = result.facts;
     told_before& before = remembered[subject];
-    result.known = answer.known && (facts.recognised || !before.recognised);
-    if (!result.known) {
+    if (!answer.known || (before.recognised && !facts.recognised)) {
         result.facts = {};
         return result;
     }
-    // A drive that can't be opened any more says nothing of its health either.
-    result.known = !facts.health.empty() || !before.health;
+    // Exit status bits 0 and 1: the question was not understood, or the drive could not be opened.
+    const bool opened = (answer.exit_status & 3) == 0 || facts.unknown_usb_bridge;
+    if (!opened)
+        result.facts.health.clear();
+    result.known = answer.end == program_end::missing ||
+                   (opened && facts.recognised && (!facts.health.empty() || !before.health));
     before.recognised = facts.recognised;
     before.health = before.health || !facts.health.empty();
     return result;

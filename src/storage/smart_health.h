@@ -8,9 +8,9 @@
 // A drive's facts, and how far they may be believed.
 struct smart_reply {
     smart_facts facts;
-    // False when nothing follows: the program did not answer, or with what is no answer of its own
-    // where it had given one before, or without a word on the health where it had told it before.
-    // The health in a record then is "N/A" and no news.
+    // False when nothing follows: the program did not answer, or with what is no answer of its own,
+    // or could not open the drive, or said no word on the health where it had told it before. The
+    // health in a record then is "N/A" and no news.
     bool known = false;
 };
 

@@ -8,7 +8,7 @@ storage_items::~storage_items() {
     freeNodes(m_head, m_prev);
 }
 
-void storage_items::add(std::string_view record, bool state_known) {
+void storage_items::add(std::string_view record, bool state_known, bool certain) {
     if (full())
         return;
     for (bool complete = false; !complete;) {
@@ -18,6 +18,7 @@ void storage_items::add(std::string_view record, bool state_known) {
         list* item = appendNode(m_head, m_prev);
         copyText(item->parm, complete ? std::string(piece) + ";" : std::string(piece));
         m_state_known.push_back(state_known);
+        m_certain.push_back(certain);
         if (complete)
             item->no = m_count++;
     }

@@ -32,10 +32,14 @@ class storage_items {
 
     // Adds a record, given without line end: one item per 255 characters, of which only the last
     // is counted and numbered. A pass that is full drops it. `state_known` false: the drive did not
-    // answer, and the health in its record is no news.
-    void add(std::string_view record, bool state_known = true);
+    // answer, and the health in its record is no news. `certain` false: nor is that it is there, or
+    // where.
+    void add(std::string_view record, bool state_known = true, bool certain = true);
     bool stateKnown(std::size_t item) const {
         return m_state_known[item];
+    }
+    bool isCertain(std::size_t item) const {
+        return m_certain[item];
     }
 
     // True once a limit above is met: what the pass did not come to is not known, and a collector
@@ -68,7 +72,7 @@ class storage_items {
     list* m_head = nullptr;
     list* m_prev = nullptr;
     int m_count = 0;
-    std::vector<bool> m_state_known;
+    std::vector<bool> m_state_known, m_certain;
     int m_lines_most = STORAGE_LINES_MOST;
     bool m_unlisted[DRIVE_KINDS] = {};
 };

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 namespace {
@@ -21,6 +22,7 @@ struct asked_line {
 };
 
 std::map<command_line, asked_line> lines;
+std::set<std::string> found; // programs that were there
 std::map<std::string, int> hung; // by subject: cycles until it is asked again
 
 struct pass_limit {
@@ -66,7 +68,7 @@ bool isKnown(const question& asked, const reply& answer, bool succeeded_before) 
     case program_end::exited:
         return !asked.status_counts || answer.exit_status == 0 || !succeeded_before;
     case program_end::missing:
-        return !succeeded_before;
+        return found.count(asked.words.front()) == 0;
     case program_end::cut:
         return asked.head_only;
     case program_end::not_started:
@@ -83,6 +85,8 @@ const reply& ask(const question& asked) {
     if (std::exchange(line.asked, true))
         return line.answer;
     program_answer answer = run(asked);
+    if (answer.end == program_end::exited)
+        found.insert(asked.words.front());
     line.answer = {std::move(answer.text), answer.end, answer.exit_status, false};
     line.answer.known = isKnown(asked, line.answer, line.succeeded);
     line.succeeded = line.succeeded || (line.answer.end == program_end::exited &&

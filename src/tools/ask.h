@@ -21,7 +21,7 @@ struct reply {
     program_end end = program_end::missing;
     int exit_status = 0;
     // False when nothing follows from this answer: the program could not be started, timed out,
-    // was cut, or failed or was not there where it had succeeded before. Not knowing is not news.
+    // was cut, or failed or was not there where it had been before. Not knowing is not news.
     bool known = false;
 
     bool succeeded() const {

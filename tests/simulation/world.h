@@ -1,0 +1,196 @@
+// The truth of a simulated server. history.cpp makes and changes it, answers*.cpp let it speak in
+// the words of programs, platform.cpp in those of a kernel, and the oracle knows it.
+#pragma once
+
+#include "simulator/core.h"
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sim {
+
+using bmcsim::format;
+
+// Random numbers that depend on the seed, the pass and the step only: a history from which steps
+// are left out stays the same otherwise.
+class Dice {
+  public:
+    Dice(std::uint64_t seed, std::uint64_t pass, std::uint64_t step) : m_state(seed) {
+        m_state = next() ^ pass;
+        m_state = next() ^ step;
+    }
+    std::uint64_t next() { // SplitMix64
+        std::uint64_t z = m_state += 0x9E3779B97F4A7C15U;
+        z = (z ^ z >> 30) * 0xBF58476D1CE4E5B9U;
+        z = (z ^ z >> 27) * 0x94D049BB133111EBU;
+        return z ^ z >> 31;
+    }
+    int below(int bound) {
+        return static_cast<int>(next() % static_cast<std::uint64_t>(bound));
+    }
+    int between(int low, int high) {
+        return low + below(high - low + 1);
+    }
+    bool percent(int chance) {
+        return below(100) < chance;
+    }
+    template <class One, std::size_t N>
+    One of(const std::array<One, N>& list) {
+        return list.at(static_cast<std::size_t>(below(static_cast<int>(N))));
+    }
+    template <class List>
+    auto& of(List& list) {
+        return list[static_cast<std::size_t>(below(static_cast<int>(std::size(list))))];
+    }
+
+  private:
+    std::uint64_t m_state;
+};
+
+struct Medium {
+    const char *linked, *unlinked; // as ifconfig tells them
+    int speed, unlinked_speed;     // Mbit/s as they are reported
+};
+extern const std::array<Medium, 10> MEDIA;
+
+struct Nic {
+    std::string name, device; // device: as the PCI bus knows it, empty for a virtual one
+    int row = 0;              // of the kernel's table
+    std::string mac;
+    bool loopback = false, up = true, carrier = true;
+    int medium = 0; // place in MEDIA; -1: neither medium nor status
+    std::vector<std::pair<std::string, int>> ip4 = {}; // address and prefix length
+    std::vector<std::string> ip6 = {};                 // with their zone
+    std::array<std::uint64_t, 4> counters = {};        // in, errors in, out, errors out
+
+    bool active() const {
+        return carrier && medium >= 0;
+    }
+};
+
+struct Route {
+    bool v6;
+    std::string to, via, through;
+};
+
+enum class Use { mounted, swap, unmounted };
+struct Partition {
+    std::string name; // in /dev
+    Use use = Use::mounted;
+    std::int64_t total = 0, used = 0, available = 0; // kilobytes
+    int block = 0;                                   // of its file system, 0: newfs refuses
+    std::string size = {};                           // as gpart shows it
+    std::uint64_t bytes = 0;                         // what that is
+};
+
+enum class Health { well, predicted, warned, failed, silent };
+struct Disk {
+    std::string name, serial, model, firmware;
+    std::uint64_t bytes = 0;
+    bool there = true, ssd = false, usb = false;
+    bool ata = true; // answers as an ATA disk does
+    int rpm = 7200, bus = 0, temperature = 30;
+    int cylinders = 1000, heads = 16, track = 63;
+    Health health = Health::well;
+    std::vector<Partition> partitions = {};
+};
+
+// A drive behind a controller.
+struct Drive {
+    int enclosure = 0, slot = 0;
+    bool there = true;
+    std::string state, serial, model, firmware, type, wwn = {};
+    int device_id = 0;
+    std::int64_t megabytes = 0;
+    Health health = Health::well; // MegaRAID, as smartctl tells it
+};
+
+struct Volume {
+    int id = 0;
+    std::string state, level, name;
+    std::int64_t megabytes = 0;
+    std::vector<int> members = {}; // places of drives
+};
+
+enum class Kind { sas_it, sas_ir, megaraid, card };
+struct Controller {
+    Kind kind = Kind::sas_it;
+    int number = 0;
+    bool there = true;
+    std::vector<Drive> drives = {};
+    std::vector<Volume> volumes = {};
+
+    bool isSas() const {
+        return kind == Kind::sas_it || kind == Kind::sas_ir;
+    }
+};
+
+// A software RAID volume of the host.
+struct Rste {
+    std::string geom, provider, state;
+    int level = 1;
+    std::vector<std::string> members; // disk names
+};
+
+struct Nvme {
+    int number = 0;
+    bool there = true;
+    std::string serial = {}, model = {};
+    std::array<std::uint8_t, 512> health = {};
+    std::uint64_t blocks = 0;
+    std::uint8_t block_bits = 9;
+};
+
+struct World {
+    int release = 14;                             // of FreeBSD: 10, 12 or 14
+    int smartctl = 7;                             // 6 or 7
+    int storcli = 7;                              // 1 or 7
+    bool has_sas3ircu = true, has_storcli = true; // installed
+    bool rste_enabled = true, cards_enabled = false, link_events = true, nvme_enabled = true;
+    std::string host = "server";
+    std::vector<std::string> name_servers;
+    std::vector<Nic> nics;
+    std::string gateway4, gateway4_nic, gateway6, gateway6_nic;
+    std::vector<Disk> disks;
+    std::vector<Controller> controllers;
+    std::vector<Rste> volumes;
+    std::vector<Nvme> nvmes;
+    std::map<std::string, int> drive_map; // serial to slot
+    std::array<std::int64_t, 5> ticks = {1000, 0, 500, 100, 90000};
+    std::uint64_t physical = 8ULL << 30, inactive = 1ULL << 30, free = 2ULL << 30;
+    std::uint64_t version = 1; // rises with every change
+
+    bool showsVolumes() const {
+        return !volumes.empty();
+    }
+};
+
+std::vector<Route> routesOf(const World& world);
+const char* osName();
+std::string osVersion(const World& world);
+// Vendor and model of an adapter by the driver of the device.
+std::pair<std::string, std::string> adapterOf(const std::string& device);
+std::string storcliModel(const Controller& controller);
+const Disk* diskNamed(const World& world, const std::string& name);
+
+// What a program prints for a command line, and its exit status; nothing when it isn't installed.
+// `command` is the words joined by blanks.
+struct Printed {
+    int status = 0;
+    std::string text;
+};
+std::optional<Printed> answer(const World& world, const std::string& command);
+Printed networkAnswer(const World& world, const std::string& command);
+Printed diskAnswer(const World& world, const std::string& program, const std::string& command);
+Printed sas3ircuAnswer(const World& world, const std::string& command);
+Printed storcliAnswer(const World& world, const std::string& command);
+Printed smartAnswer(const World& world, const std::string& device, bool attributes);
+
+// The names in /dev, sorted.
+std::vector<std::string> devNames(const World& world);
+
+} // namespace sim
