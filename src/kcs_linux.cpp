@@ -15,6 +15,8 @@ using std::chrono::steady_clock;
 
 // The IPMI Version field of the Get Device ID response (IPMI v2.0, 20.1), counted in the frame.
 constexpr int VERSION_BYTE = 7;
+// The completion code of a driver whose BMC is silent (IPMI v2.0, 5.2).
+constexpr unsigned char NO_ANSWER = 0xC3;
 
 struct detection {
     unsigned int data_port;
@@ -72,6 +74,11 @@ bool portsAreFree() {
     return is_free;
 }
 
+// Under a stop the driver may still be about the request that was not waited for.
+bool answerGivenUp() {
+    return ipmi_open_intf.opened != 0 && stopRequested();
+}
+
 } // namespace
 
 void kcs_enable_ports() {
@@ -102,11 +109,9 @@ int kcs_Interface(unsigned char* RequestCmd, unsigned char* ResponseBuf, int kcs
     int result = ipmiCmd(RequestCmd, ResponseBuf, kcs_ReqLength, &length);
     if (result == 0)
         resp_data_len = length;
-    else
-        result = portsAreFree()
-                     ? kcs_exchange(RequestCmd, ResponseBuf, kcs_ReqLength, kcs_CurLength)
-                     : 1;
-    if (result == 0)
+    else if (!answerGivenUp() && portsAreFree())
+        result = kcs_exchange(RequestCmd, ResponseBuf, kcs_ReqLength, kcs_CurLength);
+    if (result == 0 && ResponseBuf[2] != NO_ANSWER)
         failing_since.reset();
     else if (!failing_since.has_value() && stopRequested())
         failing_since = began;

@@ -35,7 +35,8 @@ void* bmc_restart_monitor_handler(void* /*arg*/) {
         const scoped_lock guard = bmc_restart_monitor_schedule.cycle();
         bmc_restart_monitor_schedule.waitWhilePaused();
         tryBmcAgain();
-        checkRestart();
+        if (!stopRequested()) // while the service was paused
+            checkRestart();
         bmc_restart_monitor_schedule.waitForNextCycle(PERIOD);
     }
     return nullptr;

@@ -37,6 +37,7 @@ void keepRunning() {
 int checkWatchdog() {
     watchdogEnabled = 0;
     for (const BYTE command : {CMD_OEM_WATCHDOG, CMD_OEM_WATCHDOG_OLD}) {
+        tryBmcAgain(); // it is not asked again later
         if (askBmc(NETFN_OEM, command, {get_state}).ok()) {
             watchdogCmd = command;
             watchdogEnabled = 1;

@@ -2,6 +2,7 @@
 
 #include "bmc/report.h"
 #include "config/logs.h"
+#include "state/flags.h"
 #include "text.h"
 #include "tools/ask.h"
 #include "tools/one_line.h"
@@ -17,6 +18,8 @@ int reportOsValue(const value_report& how, const command_line& words) {
     // Of a program that hung or failed there may be half a line.
     const reply& answer = ask({words, how.logged});
     std::string text = answer.succeeded() ? parseOneLine(answer.text) : "";
+    if (stopRequested())
+        return 0;
     if (text.empty()) {
         text = "n/a";
         static_flag = 1;

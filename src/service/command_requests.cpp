@@ -60,14 +60,19 @@ void waitForPeriod() {
 
 void carryOut(const std::string& index, const command_request& request) {
     ipmiCmdSet(PARM_COMMAND, index + "2;");
+    if (bmcAway()) // the request stays, and is carried out once the BMC is back
+        return;
     const char* result = perform(request);
     ipmiCmdSet(PARM_COMMAND_RESULT, index + request.key + ";" + result + ";");
+    tryBmcAgain(); // or what was done would be asked for once more
     waitForPeriod();
 }
 
 // Fetches a request, answers it and releases the slot.
 void serveRequest() {
     ipmiCmdSet(PARM_COMMAND_RESULT, "0");
+    if (bmcAway())
+        return;
     const fetched_command command = fetchCommand();
     if (command.text.empty())
         return;

@@ -40,7 +40,7 @@ void stopWatcher() {
         return;
     }
     for (const listed_process& process : parsePs(tools.run(psCommand(), {}).text))
-        if (process.pid != getpid() && holdsText(process.listing, WATCHER_NAME) &&
+        if (process.pid != getpid() && process.listing.find(WATCHER_NAME) != std::string::npos &&
             process.listing.find("grep") == std::string::npos)
             kill(process.pid, SIGHUP);
 }
@@ -57,22 +57,26 @@ void announce(const char* action) {
     printLog("Corvane service", action);
 }
 
-// Changes a flag and tells the BMC the new status; info_lock is held.
+// Changes a flag and tells the BMC the new status; info_lock is held. That the service ends is the
+// last that is told.
 void changeStatus(int (*set_flag)(int), int value, int status) {
+    const bool ending = stopRequested();
     set_flag(value);
     mStatus = status;
     getStartTime();
-    getVYNInfo();
+    if (!ending)
+        getVYNInfo();
 }
 
 // Leaves the BMC as if the service had never run.
 void sayFarewell() {
     reserveUploads();
     clearData();
-    if (watchdogEnabled != 1 && !watchdogArmed())
-        return;
     // Held to the end, or the reset thread might find the timer off and start it again.
     watchdog_reset_schedule.hold();
+    if (watchdogEnabled != 1 && !watchdogArmed())
+        return;
+    tryBmcAgain();
     setWatchdog(0);
 }
 

@@ -58,8 +58,12 @@ void logSupport(const char* title, bool supported) {
     printCommandLog(title, supported ? "True" : "False");
 }
 
+// What is not answered here is taken for absent as long as the service runs: one probe that timed
+// out does not cost the next.
 void probeBmc() {
+    tryBmcAgain();
     bNVMe = isSupportedNVMe();
+    tryBmcAgain();
     const bool drive_map = isSupportedSaveBiosHdd() == 1;
     logSupport("nvme support = ", bNVMe == 1);
     logSupport("save bios hdd support = ", drive_map);
@@ -74,6 +78,8 @@ void probeBmc() {
 // Under info_lock, which guards the start time that a pause or resume reads back meanwhile.
 void reportAgent() {
     const scoped_lock guard(info_lock);
+    if (stopRequested()) // and that was told
+        return;
     mStatus = getPauseFlag() == 1 ? STATUS_PAUSED : STATUS_RUNNING;
     getVYNInfo();
 }
@@ -122,6 +128,8 @@ void beginMonitoring() {
 }
 
 void monitorPass() {
+    if (stopRequested()) // while the service was paused
+        return;
     tryBmcAgain();
     beginAskingCycle();
     printTimeStamp();

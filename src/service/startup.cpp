@@ -1,5 +1,6 @@
 #include "service/startup.h"
 
+#include "bmc/request.h"
 #include "bmc/start_time.h"
 #include "bmc/time_stamp.h"
 #include "config/configuration.h"
@@ -86,6 +87,7 @@ int start() {
         setCurPauseFlag(0);
         mStatus = STATUS_RUNNING;
         setStartTime();
+        tryBmcAgain();
         getVYNInfo();
     }
     if (initThread() == 1)

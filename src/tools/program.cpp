@@ -51,7 +51,8 @@ bool isLeftOut(std::string_view variable) {
 
 std::vector<char*> programEnvironment() {
     static char locale[] = "LC_ALL=C";
-    std::vector<char*> variables{locale};
+    static char columns[] = "COLUMNS=1000"; // without a terminal some ps cut their lines at 79
+    std::vector<char*> variables{locale, columns};
     for (char** variable = environ; *variable != nullptr; ++variable)
         if (!isLeftOut(*variable))
             variables.push_back(*variable);

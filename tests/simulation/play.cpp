@@ -32,7 +32,8 @@ void operator delete(void* block) noexcept {
     std::free(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
-    operator delete(block);
+    live_blocks -= block == nullptr ? 0 : 1;
+    std::free(block);
 }
 
 namespace sim {
