@@ -46,6 +46,7 @@ struct History {
     int changes = 0, faults = 0; // percent of the passes before which there are any
     Memory memory = {};
     Outcome outcome = {};
+    std::size_t own_blocks = live_blocks; // what the agent and its world do not hold
 
     Dice dice(int number) const {
         return {script.seed, static_cast<std::uint64_t>(stage.pass),
@@ -118,7 +119,9 @@ void letHappen(History& history) {
         if (what.empty())
             continue;
         note("  " + what);
+        const std::size_t before = live_blocks;
         history.outcome.steps.emplace_back(step, what);
+        history.own_blocks += live_blocks - before;
     }
 }
 
@@ -159,7 +162,7 @@ std::string runPass(History& history) {
 // places that a history has were there.
 void judgeMemory(History& history) {
     constexpr int SETTLED = 1000;
-    const std::size_t kept = live_blocks - history.outcome.steps.size();
+    const std::size_t kept = live_blocks - history.own_blocks;
     if (stage.pass == SETTLED)
         history.outcome.settled = kept;
     history.outcome.kept = kept;
