@@ -64,8 +64,8 @@ void freeNodes(Node*& head, Node*& prev) {
 }
 
 // 1: the monitor's next cycle repeats the static pass. Set at monitor start, by the BMC restart
-// monitor, by a BMC request, and when something of a static pass was not known or not taken; cleared
-// by the monitor.
+// monitor, by a BMC request, and when something of a static pass was not known or not taken;
+// cleared by the monitor.
 extern std::atomic<int> static_flag;
 
 // 1 until the end of the monitor's first cycle, and always in a one-shot run: the event handlers

@@ -22,7 +22,7 @@ struct asked_line {
 };
 
 std::map<command_line, asked_line> lines;
-std::set<std::string> found; // programs that were there
+std::set<std::string> found;     // programs that were there
 std::map<std::string, int> hung; // by subject: cycles until it is asked again
 
 struct pass_limit {

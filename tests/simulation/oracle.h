@@ -57,7 +57,7 @@ struct Memory {
         enum { no, maybe, yes } listed = no;
     } drives[FAMILIES];
     bool rste = false, mode_known = false, static_due = true;
-    bool crowded = false; // there were more items than a pass tells: which are known is open
+    bool crowded = false;     // there were more items than a pass tells: which are known is open
     bool static_over = false; // nothing of them is left to tell
     bool named = false;       // by a uname that told the truth
     std::array<std::int64_t, 5> ticks = {};
