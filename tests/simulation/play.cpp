@@ -32,8 +32,7 @@ std::size_t live_blocks = 0; // of memory, the agent's included
     std::free(block);
 }
 void operator delete(void* block, std::size_t) noexcept {
-    live_blocks -= block == nullptr ? 0 : 1;
-    std::free(block);
+    operator delete(block);
 }
 
 namespace sim {
