@@ -19,19 +19,6 @@ class Usage : public NetworkHost {
     }
 };
 
-TEST_F(Usage, UploadsTheBusyShareSinceTheCallBefore) {
-    check(
-        {{"1 2 3 4 90\n", "10.00;"}, // since boot
-         {"2 2 3 4 92\n", "33.33;"},
-         {"2 2 3 x 92\n", "0.00;"}, // unreadable
-         {"4294967290 2 3 4 4294967295\n", "50.00;"},
-         {"4 2 3 4 9\n", "50.00;"},          // wrapped at 32 bits
-         {"2 2 3 4 8999998\n", "-0.00;"},    // a counter was reset
-         {"2 2 3 8999993 8\n", "-899998;"}}, // cut to its seven characters
-        [&](const std::string& ticks) { host.file("cp_time.txt", ticks); }, getCPUUsage, 196,
-        "CPU Usage %");
-}
-
 TEST_F(Usage, MeasuresMemoryAsTopShowsIt) {
     check(
         {{"1073741824 268435456 268435456", "50;"}, // physical, inactive, free

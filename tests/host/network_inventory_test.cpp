@@ -14,24 +14,6 @@ constexpr int SILENT = -static_cast<int>(program_end::not_started),
 
 class Lan : public NetworkHost {
   protected:
-    // From then on `who` answers otherwise: a program with this exit status or so, a file of the
-    // kernel's, the BMC events with this code; or events are wanted or not.
-    using step = std::tuple<std::string, int, std::string, std::string>; // text; what is told
-    template <class Told>
-    void follow(const std::vector<step>& steps, Told told) {
-        for (const auto& [who, code, text, expected] : steps) {
-            if (who == "BMC")
-                bmc.answer(0x04, 0x02, {static_cast<BYTE>(code)});
-            else if (who == "wanted")
-                nicStatusSel = code;
-            else if (who.find(".txt") != who.npos)
-                host.file(who, text);
-            answers[who] = {code < 0 ? static_cast<program_end>(-code) : program_end::exited, code,
-                            text};
-            asked.clear();
-            EXPECT_EQ(told(cycle()), expected) << who << code << text;
-        }
-    }
     // One cycle; returns the fields of each record by the interface's name.
     std::map<std::string, lan_fields> cycle() {
         printed(getLan);
@@ -49,43 +31,6 @@ class Lan : public NetworkHost {
         return "\tmedia: Ethernet " + medium + "\n\tstatus: active\n";
     }
 };
-
-TEST_F(Lan, FillsTwelveFieldsAndSorts) {
-    host.file("interfaces.txt", "1 lo0 8049 - 1 0 1 0\n2 em0 8843 02:00:00:00:00:02 1 0 1 0\n"
-                                "3 lagg0 8843 - 1 0 1 0\n" // 4 has gone
-                                "5 em0.5 8802 02:00:00:00:00:01 1 0 1 0\n");
-    host.file("addresses.txt", "lo0 127.0.0.1/8\nem0 192.0.2.7/24\nem0 192.0.2.1/24\n"
-                               "em0 fe80::2%em0/64\nem0 198.51.100.1/30\nem0.5 203.0.113.9/0\n");
-    says("ifconfig -a",
-         block("em0", "\tinet6 fe80::2%em0 prefixlen 64\n" + active("auto (1000baseT <x>)")) +
-             block("em0.5", "\tinet6 ::5 prefixlen 64\n\tinet6 2001:db8:: prefixlen 64\n" +
-                                active("autoselect (40Gbase-SR4")) +
-             block("lagg0", "\tdescription: active media, inet6\n\tstatus: no carrier\n"));
-    says("pciconf -lv", "em0@pci0:0:1:0:\tclass=0x020000 vendor=0x8086 device=0x100e\n"
-                        "    vendor     = 'Intel Corporation'\n"
-                        "    device     = 'Maker's \"best\" card'\n    class      = network\n"
-                        "lagg0@pci0:0:2:0:\tclass=0x020000 card=0x1 chip=0x2\n"
-                        "\tdevice = 'X540=2'\nnone0@pci0:0:3:0:\tclass=0x1\n    vendor = 'Y'\n");
-    resolv_conf = "search example.org\nnameserver 192.0.2.53\r\n#nameserver\t::1";
-    const std::string out = printed(getLan);
-    const Texts expected{"3;N/A;lagg0;N/A;N/A;N/A;N/A;host1;N/A;0;X540;down;",
-                         "5;02:00:00:00:00:01;em0.5;203.0.113.9;::5,2001:db8::;N/A;0.0.0.0;host1;"
-                         "192.0.2.53,::1;40960;N/A;down;",
-                         "2;02:00:00:00:00:02;em0;192.0.2.7,192.0.2.1,198.51.100.1;fe80::2%em0;N/A;"
-                         "255.255.255.0,255.255.255.252;host1;192.0.2.53,::1;1000;"
-                         "Intel Corporation Makers \"best\" card;up;"};
-    EXPECT_EQ(values(195), expected);
-    EXPECT_EQ(values(194), Texts{std::string("\3\0", 2)});
-    EXPECT_EQ(out.rfind("Lan items 03\nLan : (3)" + expected[0] + "\nLan : (5)", 0), 0U) << out;
-    EXPECT_EQ(events(), "up 2 ");
-    EXPECT_EQ(asked, (Texts{"ifconfig -a", "netstat -4", "netstat -6", "pciconf -lv"}));
-    setStopFlag(1);
-    EXPECT_EQ(printed(getLan), "");
-    setStopFlag(0);
-    host.remove("addresses.txt");
-    EXPECT_EQ(printed(getLan), "Lan items 00\n");
-    EXPECT_EQ(datedLog("err"), Texts{"Get Lan ->  getifaddrs error"});
-}
 
 TEST_F(Lan, KeepsItsLimits) {
     std::string rows, addresses,
@@ -146,62 +91,6 @@ TEST_F(Lan, FindsTheGatewayOfEachInterface) {
         auto records = cycle();
         EXPECT_EQ(records["em0"][LAN_GATEWAY] + " " + records["lagg0.100"][LAN_GATEWAY], test[3]);
     }
-}
-
-TEST_F(Lan, TakesNotKnowingForNoNews) {
-    const std::string up = block("new0", "\tinet6 ::1 x\n" + active("1000baseT"));
-    const std::string no_link = block("new0", "\tstatus: x\n"), row = "1 new0 8843 - 1 0 1 0\n";
-    const std::string table = "Destination Gateway Netif\n::1 ::9 lo0\ndefault ::8 new0";
-    const std::vector<step> steps{
-        {"interfaces.txt", 0, row, "N/A N/A 0 N/A down 4"}, // never known
-        {"ifconfig -a", 0, up, "::1 N/A 1000 N/A up up 1 4"},
-        {"netstat -6", CUT, table, "::1 ::9 1000 N/A up 4"}, // but for the unfinished line
-        {"netstat -6", SILENT, "", "::1 ::9 1000 N/A up 4"},
-        {"pciconf -lv", 0, "new0@\n device = 'A'", "::1 ::9 1000 A up 4"},
-        {"pciconf -lv", SILENT, "", "::1 ::9 1000 A up 3"}, // not asked again
-        {"ifconfig -a", SILENT, "", "::1 ::9 1000 A up 3"},
-        {"ifconfig -a", CUT, no_link, "::1 ::9 1000 A up 3"},
-        {"ifconfig -a", 1, no_link, "::1 ::9 1000 A up 3"}, // fails, as it never did
-        {"ifconfig -a", 0, "usage:\n\tstatus: no\n", "::1 ::9 1000 A up 3"},
-        {"ifconfig -a", 0, block("em9", ""), "::1 ::9 1000 A up 3"}, // new0 is not mentioned
-        {"interfaces.txt", 0, "1 new0 8802 - 1 0 1 0", "::1 ::9 1000 A down down 1 3"},
-        {"interfaces.txt", 0, row, "::1 ::9 1000 A down 3"},
-        {"ifconfig -a", 0, up, "::1 ::9 1000 A up up 1 3"},
-        {"interfaces.txt", 0, row + "2 em1 8843 - 1 0 1 0", "::1 ::9 1000 A up 4"}, // other names
-        {"ifconfig -a", 0, no_link, "N/A N/A 0 A down down 1 4"}};
-    follow(steps, [&](auto records) {
-        std::string told;
-        for (const lan_field field : {LAN_IPV6, LAN_GATEWAY, LAN_SPEED, LAN_DESCRIPTION, LAN_LINK})
-            told += records["new0"][field] + " ";
-        return told + events() + std::to_string(asked.size()); // programs asked in the cycle
-    });
-    EXPECT_EQ(datedLog("err"), Texts(6, "get description ->  command not found"));
-}
-
-TEST_F(Lan, TellsLinksUntilTheBmcKnows) {
-    const std::string up = "\tstatus: active\n", down = "\tstatus: no carrier\n";
-    const std::string row = "1 em0 8843 - 1 0 1 0\n", one = "em0 10.0.0.1/8\n",
-                      two = "em0 10.2.2.2/8\n";
-    const std::vector<step> steps{
-        {"interfaces.txt", 0, row, "N/A down "},
-        {"BMC", 0x80, "", "N/A down "},
-        {"ifconfig -a", 0, block("em0", up), "N/A down up 1 "},
-        {"addresses.txt", 0, one, "N/A down up 1 "}, // taken over when the link is told
-        {"BMC", 0, "", "N/A up up 1 "},
-        {"addresses.txt", 0, one + two, "10.0.0.1,10.2.2.2 up "},
-        {"addresses.txt", 0, two + one, "10.0.0.1,10.2.2.2 up "}, // the same addresses
-        {"ifconfig -a", 0, block("em0", down), "10.0.0.1,10.2.2.2 down down 1 "},
-        {"interfaces.txt", 0, "2 em2 8843 - 1 0 1 0", "10.0.0.1,10.2.2.2 down "}, // em0 has gone
-        {"BMC", 0x81, "", "10.0.0.1,10.2.2.2 down "},
-        {"ifconfig -a", 0, block("em0", up) + block("em3", up), "10.0.0.1,10.2.2.2 down "},
-        {"interfaces.txt", 0, row + "3 em3 8843 - 1 0 1 0", "10.0.0.1,10.2.2.2 down up 3 up 1 "},
-        {"BMC", 0, "", "10.0.0.1,10.2.2.2 up up 3 up 1 "},
-        {"wanted", 0, "", "10.0.0.1,10.2.2.2 up "},
-        {"ifconfig -a", 0, block("em0", down), "10.0.0.1,10.2.2.2 down "},
-        {"wanted", 1, "", "10.0.0.1,10.2.2.2 down "}};
-    follow(steps, [&](const auto&) { // what is kept of em0, and the events
-        return g_network_head->ipv4 + std::string(" ") + g_network_head->if_link + " " + events();
-    });
 }
 
 } // namespace

@@ -19,32 +19,6 @@ class NetworkUse : public NetworkHost {
     }
 };
 
-TEST_F(NetworkUse, UploadsTheMeanOfTheIntervals) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"1000baseT 0", "<1"},
-        {"1000baseT 0 131072000", "50.00"},
-        {"40Gbase-SR4 7 5368709127", "50.00"},
-        {"1000baseT 0 131072000 131072000 262144000", "50.00"},
-        {"1000baseT 1000 0", "7036874522624.00"}, // a counter that was reset: its 64-bit complement
-        {"none 0 1000", "unknown media type"}};
-    const std::string em1 = "em1:0:down;0;0;0;0;", printed_before = "Network Usage -> ";
-    for (const auto& [given, use] : cases) {
-        const Texts words = splitFields(given, " ", 9);
-        medium(words[0]);
-        std::string out;
-        for (std::size_t i = 1; i < words.size(); ++i) {
-            received(words[i]);
-            out = printed([&] { getNetworkUsage(i + 1 == words.size()); });
-        }
-        const std::string em0 = std::string("em0:") + use + ":up;" + words.back() + ";2;1;4;";
-        EXPECT_EQ(values(201), (Texts{em0, em1}));
-        EXPECT_EQ(values(200), Texts{std::string("\2\0", 2)});
-        EXPECT_EQ(out, "Network Usage items 02\n" + printed_before + em0 + "\n" + printed_before +
-                           em1 + "\n");
-    }
-    EXPECT_EQ(asked, Texts(6, "ifconfig -a"));
-}
-
 TEST_F(NetworkUse, KeepsItsLimits) {
     std::string rows;
     for (int i = 1; i <= 40; ++i)

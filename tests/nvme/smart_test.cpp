@@ -1,51 +1,11 @@
 #include "nvme/smart.h"
 
-#include "fake_bmc.h"
 #include "nvme_pages.h"
 #include "text.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-std::string record(const std::string& name, const std::string& warning, const std::string& model,
-                   const std::string& serial) {
-    return "00:" + name + ";01:" + warning +
-           ";02:34.85 C;03:100%;04:10%;05:3%;06:1;07:2;08:3;09:4;10:5;11:6;12:7;13:8;14:9;15:10;"
-           "16:" +
-           model + ";17:500107608;18:" + serial + ";";
-}
-
-TEST(NvmeSmart, Uploads) {
-    const recorded_host host;
-    FakeBmc bmc;
-    const std::string model = "Quarry 7 DC-960 enterprise mixed-use 123";
-    addDevice(host, "nvme0");
-    addDevice(host, "nvme10", "VY10X0077", model, 4);
-    addDevice(host, "nvme2", "\x01\xFF;VY", "", 255);
-    const dev_listing listing({"ada0", "nvme", "nvme0", "nvme0ns1", "nvme0ns2", "nvme0p1", "nvme10",
-                               "nvme2", "nvme2x", "xnvme3"});
-    const std::vector<std::string> records = {
-        record("nvme0", "0", "Quarry 960", "VY10X0042"),
-        record("nvme10", "4", model.substr(0, 31), "VY10X0077"),
-        record("nvme2", "255", "N/A", "??;VY"),
-    };
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(0, getNVMeSMARTInfo());
-    std::string printed = "NVME Storage items 03\n";
-    std::vector<FakeBmc::Upload> sent = {{205, -1, {"\0\0", 2}}, {205, -1, {"\3\0", 2}}};
-    for (const std::string& text : records) {
-        printed += "Available NVMe : " + text + "\n";
-        sent.push_back({206, -1, text});
-    }
-    EXPECT_EQ(printed, testing::internal::GetCapturedStdout());
-    EXPECT_EQ(sent, bmc.uploads());
-
-    const dev_listing many(std::vector<std::string>(60, "nvme0"));
-    bmc.forget();
-    getNVMeSMARTInfo();
-    EXPECT_EQ(2U + 48U, bmc.uploads().size());
-}
 
 TEST(NvmeSmart, RecordOfOddPages) {
     const std::string most = "9223372036854775807";

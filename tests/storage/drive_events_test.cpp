@@ -141,14 +141,4 @@ TEST_F(DriveEvents, OddRecords) {
     }
 }
 
-// A family of which a pass does not tell whole misses none, and the others do.
-TEST_F(DriveEvents, UnlistedFamilies) {
-    pass({hd("OK"), it("Ready")});
-    resetDrivePresenceCheck();
-    storage_items items;
-    items.listingUnknown(drive_kind::it);
-    checkDrivePresence(items);
-    EXPECT_EQ(pass({it("Ready")}), "FF 70 A0 03 FF");
-}
-
 } // namespace

@@ -59,47 +59,6 @@ class RaidCollectors : public testing::Test {
 
 const program_answer HUNG{program_end::timed_out, 0, ""};
 
-// A listing that is no answer says nothing of the drives behind it, and of no others.
-TEST_F(RaidCollectors, ABrokenListingMissesNoDrive) {
-    const struct {
-        const char* host;
-        collector collect;
-        const char* question;
-        const char* listed;
-        bool states; // tells the states of drives
-    } rows[] = {
-        {"storage-sas3008-ir", collectSas3008, "sas3ircu list", "O", false},
-        {"storage-sas3008-ir", collectSas3008, "sas3ircu 1 display", "OR", true},
-        {"storage-sas3008-ir", collectSas3008, "sas3ircu 2 display", "OI", true},
-        {"storage-raidcard", collectRaidCards, "storcli show", "OI", false},
-        {"storage-raidcard", collectRaidCards, "storcli /c1 show", "OI", true},
-        {"storage-raidcard", collectRaidCards, "storcli /c1/eall/sall show all", "OIR", false},
-        {"storage-rste-two", collectRste, "graid list", "IR", false},
-    };
-    const program_answer broken[] = {
-        HUNG,
-        {program_end::not_started, 0, ""},
-        {program_end::missing, 0, ""},
-        {program_end::cut, 0, "0 SAS3008\n"},
-        {program_end::exited, 1, ""},
-        {program_end::exited, 0, "garbage\n"},
-    };
-    for (const auto& row : rows) {
-        programs.play(row.host);
-        for (const program_answer& answer : broken) {
-            SCOPED_TRACE(row.question + std::to_string(static_cast<int>(answer.end)));
-            EXPECT_EQ(kinds(told(row.collect)), "OIR");
-            EXPECT_EQ(kinds(toldWith(row.question, answer, row.collect)), row.listed);
-        }
-        // What a failed one says all the same is no news.
-        program_answer failed = programs.recorded(row.question);
-        failed.exit_status = 1;
-        const std::string text = toldWith(row.question, failed, row.collect);
-        EXPECT_EQ(kinds(text), row.listed);
-        EXPECT_EQ(text.find('?') != text.npos, row.states) << row.question;
-    }
-}
-
 TEST_F(RaidCollectors, ADisplayThatNeverCameMayHoldAnyDrive) {
     programs.print("sas3ircu list", "7 SAS3008\n");
     EXPECT_EQ(toldWith("sas3ircu 7 display", HUNG, collectSas3008), "O");
@@ -145,44 +104,6 @@ TEST_F(RaidCollectors, AFullPassAsksNoMore) {
     }
     EXPECT_EQ(programs.asked,
               (std::vector<std::string>{"storcli show", "sas3ircu list", "graid list"}));
-}
-
-// A drive that does not answer is told without what is not known, the others whole.
-TEST_F(RaidCollectors, AHungDriveCostsItself) {
-    programs.play("storage-megaraid");
-    std::string expected = told(collectLsi);
-    const std::string drive = "LSI;9:Fail:FX77AB0302:F1.4;";
-    expected.replace(expected.find(drive), drive.size(), "LSI;9:N/A::;?");
-    EXPECT_EQ(toldWith("smartctl -i -H /dev/pass9", HUNG, collectLsi), expected);
-
-    programs.play("storage-rste-two");
-    programs.files["/opt/norvik/vyn.hdd.ini"] = "FX77AB0503,12\n";
-    expected = told(collectRste);
-    const std::string member = "HD;/dev/ada3:Fail:FX77AB0503:F1.4;28;"; // its place stays
-    expected.replace(expected.find(member), member.size(), "HD;/dev/ada3:N/A::;28;?");
-    EXPECT_EQ(toldWith("smartctl -i -H -A /dev/ada3", HUNG, collectRste), expected);
-    // Without a map every drive has the index of the first.
-    programs.files.clear();
-    EXPECT_NE(told(collectRste).find(";3;5;0:0:0;1;\n"), std::string::npos);
-}
-
-TEST_F(RaidCollectors, TheKindOfStorageStaysWhileGraidDoesNotTell) {
-    const struct {
-        program_answer answer;
-        int kind;
-    } rows[] = {
-        {{}, 0},
-        {{program_end::exited, 0, "x GEOM Name: y\n"}, 1},
-        {HUNG, 1},
-        {{program_end::exited, 0, ""}, 0},
-    };
-    for (const auto& row : rows) {
-        told([](storage_items&, const char*) {});
-        programs.answers["graid list"] = row.answer;
-        EXPECT_EQ(getHddType(), row.kind);
-    }
-    EXPECT_EQ(fileText("/opt/norvik/vyn.log"),
-              "hdd type ->  0\nhdd type ->  1\nhdd type ->  1\nhdd type ->  0\n");
 }
 
 TEST(Listing, MembersThatDontFitAreLeftOutWhole) {

@@ -53,11 +53,13 @@ TEST_F(Ask, WhatAnAnswerIsWorth) {
         {"printed", printed("x"), true, true},
         {"silent", printed(""), true, true},
         {"failed", printed("x", 1), true, false},
-        {"missing", ended(program_end::missing), true, false},
+        {"missing", ended(program_end::missing), false, false}, // it was there for the line before
         {"not started", ended(program_end::not_started), false, false},
         {"timed out", ended(program_end::timed_out), false, false},
         {"cut", ended(program_end::cut), false, false},
     };
+    answers["absent"] = ended(program_end::missing);
+    EXPECT_TRUE(ask({{"absent"}, "label ->"}).known);
     for (const auto& c : cases) {
         const question asked{{"tool", c.name}, "label ->"};
         answers[c.name] = c.answer;
