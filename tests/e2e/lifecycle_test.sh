@@ -4,7 +4,7 @@
 # shellcheck source=tests/daemon.sh
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
-[ $# -ne 0 ] || scenarios 'life silent' "$source/hosts/freebsd-10.1"
+[ $# -ne 0 ] || scenarios 'life silent slow' "$source/hosts/freebsd-10.1"
 
 # expect WHAT STATUS OUTPUT COMMAND...: exit status and standard output of a command
 expect() {
@@ -20,8 +20,10 @@ started() { # a daemon that has reported once
     agent start-service >/dev/null && bmc wait 20 show agent running && bmc wait 30 next 202
 }
 
-if [ "$1" = silent ]; then
-    export VYN_SIM_TIMEOUT_MS=1000000 # a driver that never answers for its BMC
+if [ "$1" != life ]; then
+    # a driver that never answers for its BMC, or late
+    if [ "$1" = silent ]; then VYN_SIM_TIMEOUT_MS=1000000; else VYN_SIM_TIMEOUT_MS=4900; fi
+    export VYN_SIM_TIMEOUT_MS
     printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
     check 'start' started
     bmc fault all silent
@@ -97,11 +99,14 @@ check 'end by SIGINT' ended 5
 check 'SIGINT blanks nothing' bmc wait 1 equals 192 'FreeBSD;'
 
 check 'start for SIGTERM' started
+check 'the watchdog' bmc wait 20 show watchdog running
+bmc fault 06/58/C3 code C3 1 # one time-out
 kill -TERM "$(head -n 1 /var/run/vyn.pid)"
 check 'end by SIGTERM' ended 5
 for selector in 192 193 196 197 204; do
     check "SIGTERM blanks $selector" bmc wait 1 equals "$selector" ''
 done
+check 'SIGTERM switches the watchdog off' bmc wait 1 show watchdog stopped
 
 rmdir /opt/norvik/* 2>/dev/null
 rm -f /opt/norvik/*
