@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <regex.h>
+#include <set>
 
 namespace {
 
@@ -186,9 +187,9 @@ std::vector<std::string> selectCards(const storcli_listing& listing, const std::
     const card_pattern expression(
         pattern.substr(std::min(pattern.find_first_not_of("*+?"), pattern.size())));
     std::vector<std::string> cards;
+    std::set<std::string_view> selected;
     for (const storcli_controller& controller : listing.controllers)
-        if (expression.matches(controller.line) &&
-            std::find(cards.begin(), cards.end(), controller.number) == cards.end())
+        if (expression.matches(controller.line) && selected.insert(controller.number).second)
             cards.push_back(controller.number);
     return cards;
 }

@@ -2,8 +2,8 @@
 
 #include "text.h"
 
-#include <algorithm>
 #include <map>
+#include <set>
 
 command_line sas3ircuList() {
     return {"sas3ircu", "list"};
@@ -15,15 +15,15 @@ command_line sas3ircuDisplay(const std::string& controller) {
 
 sas3ircu_listing parseSas3ircuList(std::string_view text) {
     sas3ircu_listing listing;
-    std::vector<std::string>& found = listing.sas3008;
+    std::set<std::string_view> found;
     for (std::string_view line, rest = text; nextLine(rest, line);) {
-        const std::string number(wordOf(line, 0));
+        const std::string_view number = wordOf(line, 0);
         const std::string_view type = wordOf(line, 1);
         if (number == "Index" && type == "Type")
             listing.told = true;
         if (wholeNumber(number).has_value() && type.find("3008") != type.npos &&
-            std::find(found.begin(), found.end(), number) == found.end())
-            found.push_back(number);
+            found.insert(number).second)
+            listing.sas3008.emplace_back(number);
     }
     listing.told = listing.told || !found.empty();
     return listing;

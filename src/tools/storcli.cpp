@@ -260,7 +260,7 @@ command_line storcliVolumes(const std::string& card) {
 
 std::map<std::string, storcli_volume_facts> parseStorcliVolumes(std::string_view text) {
     std::map<std::string, storcli_volume_facts> volumes;
-    std::set<std::pair<std::string, std::string>> members;
+    std::map<std::string, std::set<std::string>> places; // of the members, by volume
     std::string volume;
     for (table_reader table(text); table.next();) {
         if (const auto number = volumeOf(table.title()); !number.empty())
@@ -273,7 +273,7 @@ std::map<std::string, storcli_volume_facts> parseStorcliVolumes(std::string_view
         if (!table.isRow() || table.title().substr(0, MEMBERS.size()) != MEMBERS)
             continue;
         const std::string place = table.cell(PLACE);
-        if (place.find(':') != place.npos && members.emplace(volume, place).second)
+        if (place.find(':') != place.npos && places[volume].insert(place).second)
             facts.members.push_back(driveOf(table));
     }
     return volumes;
