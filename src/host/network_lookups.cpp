@@ -112,8 +112,7 @@ std::string getGateway(const std::string& iface) {
 std::string getFQDN() {
     std::string name;
     if (platform::host_name(name) != 0)
-        if (const reply& answer = ask({{"hostname"}, FQDN_LABEL}); answer.succeeded())
-            name = parseOneLine(answer.text);
+        name = lineOf(ask({{"hostname"}, FQDN_LABEL}));
     dropNewline(name);
     if (name.empty())
         printErrLog(FQDN_LABEL, "command not found");

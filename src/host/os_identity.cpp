@@ -15,9 +15,7 @@ constexpr value_report OS_NAME = {"OS name", "OS name ->", PARM_OS_NAME};
 constexpr value_report OS_VERSION = {"OS version", "OS version ->", PARM_OS_VERSION};
 
 int reportOsValue(const value_report& how, const command_line& words) {
-    // Of a program that hung or failed there may be half a line.
-    const reply& answer = ask({words, how.logged});
-    std::string text = answer.succeeded() ? parseOneLine(answer.text) : "";
+    std::string text = lineOf(ask({words, how.logged}));
     if (stopRequested())
         return 0;
     if (text.empty()) {

@@ -128,7 +128,7 @@ void updateDrive(const drive_record& record, hdd_list& node) {
             printCommandLog(family.new_title, "drive found");
             printCommandLog(family.found_title, node.name);
         }
-    } else if (record.certain && !isPlaced(family, node.index)) {
+    } else if ((record.certain || record.state_known) && !isPlaced(family, node.index)) {
         family.describe(node, record.fields);
     }
     tellState(record, node);

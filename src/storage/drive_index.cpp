@@ -1,6 +1,7 @@
 #include "storage/drive_index.h"
 
 #include "config/logs.h"
+#include "system_info.h"
 #include "text.h"
 #include "tools/ask.h"
 #include "tools/camcontrol.h"
@@ -59,7 +60,11 @@ std::optional<std::string> busIndex(const std::string& disk, const char* label) 
         if (sits(device) &&
             std::find(device.words.begin(), device.words.end(), disk) != device.words.end())
             return device.bus;
-    const bool listed = answer.succeeded() && std::any_of(devices.begin(), devices.end(), sits);
+    // Silence tells that nobody knows only where it was all that the first pass got, and since.
+    const bool lists = std::any_of(devices.begin(), devices.end(), sits);
+    static bool silent = static_first_init == 1;
+    silent = silent && !lists;
+    const bool listed = answer.succeeded() && (lists || silent);
     return listed ? std::optional(std::string()) : std::nullopt;
 }
 

@@ -31,12 +31,14 @@ void collect(storage_items& items) {
     collectMegaraid(items, LABEL);
     collectSas3008(items, LABEL);
     collectOnboard(items, LABEL);
-    if (items.head() == nullptr)
+    if (raidCard3rdParty != 1)
         return;
-    if (raidCard3rdParty == 1) {
-        items.allowOneMore();
-        collectRaidCards(items, LABEL);
+    if (items.head() == nullptr) { // they are not asked for
+        items.listingUnknown(drive_kind::raid);
+        return;
     }
+    items.allowOneMore();
+    collectRaidCards(items, LABEL);
 }
 
 } // namespace
@@ -49,8 +51,10 @@ int getSmartStorageUsage() {
     if (items.head() == nullptr)
         printErrLog(LABEL, "command not found");
     showList(REPORT, items.head(), items.count());
-    if (items.count() == 0)
+    if (items.count() == 0) {
+        noteListedFamilies(items);
         return 0;
+    }
     resetDrivePresenceCheck();
     uploadList(REPORT, items.head(), items.count(), [&](const list& item, std::size_t place) {
         trackDrive(item, items.stateKnown(place), items.isCertain(place));

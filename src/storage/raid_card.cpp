@@ -16,21 +16,28 @@ namespace {
 // and a repetition copies what it repeats, copies of inner ones included.
 bool isBounded(const std::string& pattern) {
     constexpr std::uint64_t MOST_COPIES = 1000;
-    std::uint64_t copies = 1;
-    for (std::size_t at = 0; at < pattern.size() && copies <= MOST_COPIES; ++at) {
+    std::uint64_t singles = 1, groups = 1; // copies of characters; of what stands in brackets
+    for (std::size_t at = 0; at < pattern.size() && singles * groups <= MOST_COPIES; ++at) {
+        std::uint64_t copies = 0;
         if (pattern[at] == '\\') {
             if (wholeNumber(pattern.substr(++at, 1)).has_value())
                 return false;
         } else if (pattern[at] == '+') {
-            copies *= 2;
+            copies = 2;
         } else if (pattern[at] == '{') {
             const std::string counts = pattern.substr(at + 1, pattern.find('}', at) - at - 1);
             for (const std::string& most : splitFields(counts, ",", 2))
-                copies *=
-                    std::clamp<std::uint64_t>(wholeNumber(most).value_or(1), 1, MOST_COPIES + 1);
+                copies = std::clamp<std::uint64_t>(wholeNumber(most).value_or(1), copies,
+                                                   MOST_COPIES + 1);
         }
+        // A repetition may be repeated as a group is.
+        constexpr std::string_view REPEATABLE = ")}+*?";
+        if (copies > 1 && at > 0 && REPEATABLE.find(pattern[at - 1]) != REPEATABLE.npos)
+            groups *= copies;
+        else
+            singles += copies;
     }
-    return copies <= MOST_COPIES;
+    return singles * groups <= MOST_COPIES;
 }
 
 // An extended regular expression, compiled.
@@ -126,8 +133,8 @@ void collectCard(card_pass& pass, const std::string& number) {
     const reply& answer = pass.answer(words, "storcli /c" + number);
     const storcli_card card = parseStorcliCard(printedText(answer));
     // A first answer that failed half-way names drives that are none.
-    const bool listed =
-        isWholeListing(words, answer, card.whole) && (answer.succeeded() || card.drives.empty());
+    const bool listed = isWholeListing(words, answer, card.whole) &&
+                        (answer.succeeded() || card.drives.empty() || card.drives_whole);
     if (!listed)
         pass.items.listingUnknown(drive_kind::raid);
     if (card.named) {

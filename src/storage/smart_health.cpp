@@ -31,7 +31,9 @@ smart_reply askSmart(const command_line& words, const std::string& subject, cons
         return result;
     }
     // Exit status bits 0 and 1: the question was not understood, or the drive could not be opened.
-    const bool opened = (answer.exit_status & 3) == 0 || facts.unknown_usb_bridge;
+    // A verdict that was printed to its end counts all the same.
+    const bool opened =
+        (answer.exit_status & 3) == 0 || facts.unknown_usb_bridge || facts.health_whole;
     if (!opened)
         result.facts.health.clear();
     result.known = answer.end == program_end::missing ||

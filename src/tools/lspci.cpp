@@ -48,6 +48,37 @@ std::string withoutInterface(const std::string& name) {
     return name;
 }
 
+// How surely a device line tells of a controller of this kind: by its class, which stands before
+// the first ": ", by a word of its own ("ATA", "SATA"), or by no more than the letters.
+int likeness(std::string_view line, std::string_view kind) {
+    constexpr int BY_CLASS = 3, BY_WORD = 2, BY_LETTERS = 1, NONE = 0;
+    if (!holdsText(line, kind))
+        return NONE;
+    if (holdsText(line.substr(0, line.find(": ")), kind))
+        return BY_CLASS;
+    while (!line.empty()) {
+        const std::string_view word = nextWord(line);
+        for (const char* before : {"", "S", "P"})
+            if (sameText(word, before + std::string(kind)))
+                return BY_WORD;
+    }
+    return BY_LETTERS;
+}
+
+// The best line so far of a kind of controller.
+struct best_line {
+    std::string_view kind, line = {};
+    int likeness = 0;
+
+    void offer(std::string_view other) {
+        const int its = ::likeness(other, kind);
+        if (its > likeness) {
+            line = other;
+            likeness = its;
+        }
+    }
+};
+
 } // namespace
 
 command_line lspciVerbose() {
@@ -55,14 +86,12 @@ command_line lspciVerbose() {
 }
 
 disk_controllers parseLspci(std::string_view text) {
-    disk_controllers found;
+    best_line usb{"usb"}, ata{"ata"};
     for (std::string_view line, rest = text; nextLine(rest, line);) {
         if (!isDeviceLine(line))
             continue;
-        if (found.usb.empty() && holdsText(line, "usb"))
-            found.usb = withoutInterface(controllerName(line));
-        if (found.ata.empty() && holdsText(line, "ata"))
-            found.ata = controllerName(line);
+        usb.offer(line);
+        ata.offer(line);
     }
-    return found;
+    return {withoutInterface(controllerName(usb.line)), controllerName(ata.line)};
 }

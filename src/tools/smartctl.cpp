@@ -23,6 +23,7 @@ struct health_lines {
     std::string_view wording;
     std::string said = {};
     int due = 0; // lines that still belong to the result
+    bool whole = false;
 
     void take(std::string_view line) {
         const std::size_t colon = line.find(':');
@@ -30,12 +31,13 @@ struct health_lines {
             due = 0;
         else if (holdsText(line.substr(0, colon), wording))
             due = 3;
-        if (due == 0)
-            return;
-        --due;
-        // Of fields between colons the second counts; a line without one counts whole.
-        const std::string_view value = line.substr(colon == line.npos ? 0 : colon + 1);
-        said.append(" ").append(value.substr(0, value.find(':')));
+        if (due > 0) {
+            --due;
+            // Of fields between colons the second counts; a line without one counts whole.
+            const std::string_view value = line.substr(colon == line.npos ? 0 : colon + 1);
+            said.append(" ").append(value.substr(0, value.find(':')));
+        }
+        whole = !said.empty() && due == 0;
     }
 };
 
@@ -78,8 +80,11 @@ smart_facts parseSmartctl(std::string_view text, bool drop_warning) {
         status.take(line);
     }
     facts.health = trim(test.said);
-    if (facts.health.empty())
+    facts.health_whole = test.whole;
+    if (facts.health.empty()) {
         facts.health = trim(status.said);
+        facts.health_whole = status.whole;
+    }
     facts.recognised = text.substr(0, 9) == "smartctl " || !facts.health.empty();
     return facts;
 }

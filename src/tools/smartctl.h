@@ -17,6 +17,7 @@ struct smart_facts {
     // What is said of the health: the values of the line with the result and of the two that follow
     // it, joined by blanks; an empty line ends them, and where the attribute section begins.
     std::string health;
+    bool health_whole = false; // what ends it was read too
 };
 
 command_line smartctlDisk(const std::string& disk);  // smartctl -i -H -A /dev/DISK

@@ -62,6 +62,10 @@ class table_reader {
     std::string_view title() const {
         return m_title;
     }
+    // Whether a table below this title was read to its closing rule.
+    bool isClosed(std::string_view title) const {
+        return m_closed.count(title) != 0;
+    }
 
     // The first word of a row that reaches below the label, empty when there is none.
     std::string cell(column which) const {
@@ -92,6 +96,8 @@ class table_reader {
     bool isRule() {
         if (m_line.size() < 5 || m_line.find_first_not_of('-') != m_line.npos)
             return false;
+        if (m_part == part::rows)
+            m_closed.insert(m_title);
         m_part = m_part == part::header ? part::rows : part::outside;
         return true;
     }
@@ -117,6 +123,7 @@ class table_reader {
     std::string_view m_rest;
     std::string_view m_line;
     std::string_view m_title;
+    std::set<std::string_view> m_closed;
     part m_part = part::outside;
     extent m_columns[COLUMNS];
 };
@@ -236,13 +243,15 @@ storcli_card parseStorcliCard(std::string_view text) {
     storcli_card card;
     named_values said;
     std::set<std::string> places;
-    for (table_reader table(text); table.next();) {
+    table_reader table(text);
+    while (table.next()) {
         takeNamed(said, table.line(),
                   {"Controller", "Status", "Device Interface", "BIOS Version", "FW Version",
                    "Product Name"});
         if (table.isRow())
             takeCardRow(card, table, places);
     }
+    card.drives_whole = table.isClosed("PD LIST");
     card.whole = said.count("Controller") != 0 && said["Status"] != "Failure";
     said.erase("Controller");
     said.erase("Status");

@@ -65,6 +65,7 @@ struct storcli_card {
     std::string product;
     std::vector<storcli_volume> volumes;
     std::vector<storcli_drive> drives; // those in enclosures
+    bool drives_whole = false;         // their list was read to its end
 };
 
 command_line storcliCard(const std::string& card);
