@@ -193,11 +193,13 @@ void judgeState(Subject& subject, const Item& item, bool required) {
 // Of a drive that the pass lists and may have seen (`visible`: must have).
 void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool first_pass) {
     const bool is_new = drives.known.count(item.key) == 0;
-    const bool first = first_pass || drives.listed == Memory::Drives::no ||
-                       (item.family == ONBOARD &&
-                        std::all_of(drives.known.begin(), drives.known.end(), [](auto& one) {
-                            return one.second.presence == Subject::unsure;
-                        }));
+    // Without a drive before, or with none that was seen for certain: may be the first pass.
+    const bool none_sure = item.family == ONBOARD &&
+                           std::all_of(drives.known.begin(), drives.known.end(), [](auto& one) {
+                               return one.second.presence == Subject::unsure;
+                           });
+    const bool first =
+        first_pass || drives.listed == Memory::Drives::no || (none_sure && drives.known.empty());
     const bool placed =
         item.state_by.empty() || (answered(item.state_by, true) && readable(hdd_file) &&
                                   (item.mapped || answered("camcontrol devlist")));
@@ -205,9 +207,9 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
     if (is_new) {
         subject.item = item;
         subject.placed = placed;
-        subject.presence = first                                    ? Subject::present
-                           : drives.listed == Memory::Drives::maybe ? Subject::unsure
-                                                                    : Subject::untold;
+        subject.presence = first                                                 ? Subject::present
+                           : drives.listed == Memory::Drives::maybe || none_sure ? Subject::unsure
+                                                                                 : Subject::untold;
     }
     const std::size_t before = next;
     if (subject.presence != Subject::present) {
