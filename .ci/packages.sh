@@ -9,7 +9,6 @@ cmake           cmake           cmake
 ninja           ninja-build     ninja
 c++             g++             -
 libconfig.h     libconfig-dev   libconfig
-bc              bc              -
 ps              procps          -
 setpriv         util-linux      -
 '
@@ -19,10 +18,8 @@ clang++         clang           -
 gtest/gtest.h   libgtest-dev    googletest
 shellcheck      shellcheck      hs-ShellCheck
 clang-format    clang-format    -
-run-clang-tidy  clang-tidy      -
+clang-tidy      clang-tidy      -
 ccache          ccache          ccache
-busybox         busybox         -
-original-awk    original-awk    -
 mandoc          mandoc          -
 qemu-system-x86_64 qemu-system-x86 qemu
 /usr/lib/llvm-*/lib/clang/*/include/sanitizer/asan_interface.h libclang-rt-dev -

@@ -27,7 +27,7 @@ class scoped_lock {
 // condition variable, measured on the monotonic clock.
 class schedule {
   public:
-    schedule(pthread_mutex_t& lock, pthread_cond_t& condition, const char* name)
+    schedule(pthread_mutex_t& lock, pthread_cond_t& condition, const char* name) noexcept
         : m_lock(lock), m_condition(condition), m_name(name) {}
 
     // One cycle of the worker: holds the lock while it lives.

@@ -75,7 +75,7 @@ drive_bytes controllerMissing(const hdd_list& node, drive_bytes /*previous*/) {
     return itDriveBytes(node.controller, node.enclosure, node.slot);
 }
 
-drive_family onboardFamily() {
+drive_family onboardFamily() noexcept {
     drive_family family;
     family.tag = "HD";
     family.name_field = 1;
@@ -105,7 +105,7 @@ drive_family onboardFamily() {
 
 // What the drives behind controllers have in common. A missing one speaks with the sensor and the
 // bytes of an IT drive, whatever its other events do.
-drive_family controllerFamily() {
+drive_family controllerFamily() noexcept {
     drive_family family;
     family.name_field = LOCATION_FIELD;
     family.state_field = 4;
@@ -116,7 +116,7 @@ drive_family controllerFamily() {
     return family;
 }
 
-drive_family itFamily() {
+drive_family itFamily() noexcept {
     drive_family family = controllerFamily();
     family.tag = "BRCM_IT_PD";
     family.rules = {
@@ -137,7 +137,7 @@ drive_family itFamily() {
     return family;
 }
 
-drive_family raidFamily() {
+drive_family raidFamily() noexcept {
     drive_family family = controllerFamily();
     family.tag = "BRCM_IR_PD";
     family.rules = {

@@ -37,8 +37,6 @@ struct drive_family {
     std::size_t index_field = 0; // that says where the drive sits; 0: its name does
     std::vector<state_rule> rules;
 
-    BYTE sensor = 0xFF;
-    BYTE missing_sensor = 0xFF;
     drive_bytes (*bytes)(const record_fields& fields) = nullptr;
     // `previous`: the bytes of the drive reported missing before, zeros for the first
     drive_bytes (*missing_bytes)(const hdd_list& node, drive_bytes previous) = nullptr;
@@ -46,8 +44,6 @@ struct drive_family {
 
     hdd_list** head = nullptr;
     hdd_list** prev = nullptr;
-    bool empty_list_is_first_pass = false; // a list that is empty in a later pass counts as new
-    bool log_before_event = false; // a new or missing drive is logged before its presence event
 
     const char* first_pass_title = "";
     const char* new_title = "";
@@ -55,6 +51,10 @@ struct drive_family {
     const char* found_title = nullptr; // of a returning drive's name; null: nothing is logged
     const char* missing_text = "";     // under the title "checkDrivePresence"
 
+    BYTE sensor = 0xFF;
+    BYTE missing_sensor = 0xFF;
+    bool empty_list_is_first_pass = false; // a list that is empty in a later pass counts as new
+    bool log_before_event = false; // a new or missing drive is logged before its presence event
     bool listed_once = false; // a pass has told of all its drives: what is not known then is new
 };
 

@@ -83,7 +83,7 @@ std::string findProgram(const std::string& name) {
     while (!folders.empty()) {
         const std::string_view folder = folders.substr(0, folders.find(':'));
         folders.remove_prefix(std::min(folder.size() + 1, folders.size()));
-        const std::string candidate = std::string(folder) + "/" + name;
+        std::string candidate = std::string(folder) + "/" + name;
         if (folder.substr(0, 1) == "/" && isProgram(candidate))
             return candidate;
     }

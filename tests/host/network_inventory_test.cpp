@@ -9,9 +9,6 @@
 
 namespace {
 
-constexpr int SILENT = -static_cast<int>(program_end::not_started),
-              CUT = -static_cast<int>(program_end::cut);
-
 class Lan : public NetworkHost {
   protected:
     // One cycle; returns the fields of each record by the interface's name.

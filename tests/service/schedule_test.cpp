@@ -25,9 +25,8 @@ class Codes : public BmcTest {
             bmc->handle(0x30, watchdog, [this, watchdog](const auto& request) {
                 return answered(watchdog << 8 | request.data.at(0), {0x00, 0x01});
             });
-        bmc->handle(0x06, 0x58, [this](const auto& request) {
-            return answered(request.data.at(0), {0x00});
-        });
+        bmc->handle(0x06, 0x58,
+                    [this](const auto& request) { return answered(request.data.at(0), {0x00}); });
     }
     // The first request of the kind at fault gets the code.
     Bytes answered(int kind, Bytes usual) {
