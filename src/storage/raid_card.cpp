@@ -15,7 +15,7 @@ namespace {
 // Whether time and memory for an expression are bounded: a back-reference takes exponential time,
 // and a repetition copies what it repeats, copies of inner ones included.
 bool isBounded(const std::string& pattern) {
-    constexpr std::uint64_t MOST_COPIES = 1000;
+    constexpr std::uint64_t MOST_COPIES = 1000, MOST_CHARACTERS = 65536;
     std::uint64_t singles = 1, groups = 1; // copies of characters; of what stands in brackets
     for (std::size_t at = 0; at < pattern.size() && singles * groups <= MOST_COPIES; ++at) {
         std::uint64_t copies = 0;
@@ -37,7 +37,7 @@ bool isBounded(const std::string& pattern) {
         else
             singles += copies;
     }
-    return singles * groups <= MOST_COPIES;
+    return singles * groups <= MOST_COPIES && groups * pattern.size() <= MOST_CHARACTERS;
 }
 
 // An extended regular expression, compiled.

@@ -22,6 +22,10 @@ BYTE runIpmiCmd(BYTE, BYTE, BYTE, const BYTE*, int, BYTE* respBuf, DWORD* respLe
     return code;
 }
 
+bool transportFailed() {
+    return false;
+}
+
 void printErrLog(std::string_view, std::string_view) {}
 
 void printHddMappingLog(std::string_view, std::string_view value, int first) {
