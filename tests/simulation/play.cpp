@@ -27,6 +27,9 @@ std::size_t live_blocks = 0; // of memory, the agent's included
     ++live_blocks;
     return block;
 }
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return operator new(size);
+}
 [[gnu::noinline]] void operator delete(void* block) noexcept {
     live_blocks -= block == nullptr ? 0 : 1;
     std::free(block);
