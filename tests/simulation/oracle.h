@@ -21,6 +21,10 @@ struct Item {
 
 constexpr std::size_t LINES_MOST = 256; // of a pass; one more for the RAID cards
 // `all`: also those for which a pass has no room left.
+// Every empty field between two separators as N/A; fields in one text.
+std::string filled(const std::string& text, const char* separators);
+std::string join(const std::vector<std::string>& fields, const char* separator);
+
 std::vector<Item> storageItems(const World& world, bool all = false);
 std::vector<Item> rsteItems(const World& world);
 // The interfaces in the order of their records, at most `most`.
