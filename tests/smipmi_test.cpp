@@ -2,7 +2,9 @@
 
 #include "fake_bmc.h"
 #include "kcs_linux.h"
+#include "sandbox.h"
 #include "smipmi.h"
+#include "tools/program.h"
 
 #include <csignal>
 #include <filesystem>
@@ -114,4 +116,21 @@ TEST(Channel, APicmgBoardTellsItsAddress) {
     EXPECT_EQ(request().code, 0x00);
     EXPECT_EQ(ipmi_open_intf.my_addr, 0x82u);
     EXPECT_EQ(bmc.sent(NETFN_PICMG, 0x00), std::vector<Bytes>{Bytes{0x00}});
+}
+
+TEST(Channel, LeavesThePortsToADriverThatIsNotItsOwn) {
+    if (!enterSandbox())
+        GTEST_SKIP() << SANDBOX_DENIED;
+    FakeBmc bmc;
+    setenv("VYN_SIM_TRANSPORT", "kcs", 1); // no device node of its own
+    tools.list_folder = [](const char* path) {
+        return path == std::string("/dev") ? std::vector<std::string>{"ipmi1", "null"}
+                                           : std::vector<std::string>();
+    };
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(request().code, TRANSPORT_FAILED);
+    EXPECT_TRUE(bmc.sent(NETFN_APP, CMD_GET_DEVICE_ID).empty());
+    EXPECT_EQ(datedLog("err"),
+              std::vector<std::string>{
+                  "IPMI ports ->  /dev/ipmi1 belongs to a driver, the ports are left alone"});
 }
