@@ -63,7 +63,7 @@ std::optional<std::string> busIndex(const std::string& disk, const char* label) 
     // Silence tells that nobody knows only where it was all that the first pass got, and since.
     const bool lists = std::any_of(devices.begin(), devices.end(), sits);
     static bool silent = static_first_init == 1;
-    silent = silent && !lists;
+    silent = silent && trimmed(answer.text).empty();
     const bool listed = answer.succeeded() && (lists || silent);
     return listed ? std::optional(std::string()) : std::nullopt;
 }
