@@ -69,14 +69,15 @@ std::string lanRecord(const World& world, const Nic& nic) {
         while (join(list, ",").size() > 256) // whole addresses
             list.pop_back();
     for (;;) {
-        const std::string text = filled(
-            join({std::to_string(nic.row), nic.mac, nic.name, join(lists[0], ","), join(lists[1], ","),
-                  gatewayOf(world, nic), join(lists[2], ","), world.host, join(lists[3], ","),
-                  std::to_string(speedOf(nic)), vendor + (vendor.empty() ? "" : " ") + model,
-                  nic.up && nic.active() ? "up" : "down"},
-                 ";") +
-                ";",
-            ";");
+        const std::string text =
+            filled(join({std::to_string(nic.row), nic.mac, nic.name, join(lists[0], ","),
+                         join(lists[1], ","), gatewayOf(world, nic), join(lists[2], ","),
+                         world.host, join(lists[3], ","), std::to_string(speedOf(nic)),
+                         vendor + (vendor.empty() ? "" : " ") + model,
+                         nic.up && nic.active() ? "up" : "down"},
+                        ";") +
+                       ";",
+                   ";");
         if (text.size() <= 511)
             return text;
         std::max_element(std::begin(lists), std::end(lists), [](const auto& a, const auto& b) {
