@@ -1,14 +1,14 @@
 #!/bin/sh
-# load_test.sh [CYCLES]: the daemon on the largest host, with a BMC that takes 5 ms a request. From
-# the tenth cycle on, in a short run from the middle on, nothing of it may grow; and all the while
-# the BMC's requests must be fetched in time.
+# load_test.sh [CYCLES]: the daemon on the largest host, with a BMC that takes 2 ms a request. From
+# the tenth cycle on, in a short run from its last third on, nothing of it may grow; and all the
+# while the BMC's requests must be fetched in time.
 # shellcheck source=tests/daemon.sh
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
 # shellcheck disable=SC2317
 furnish() { host=$work/host && "$source/hosts/large-host" "$host"; }
-[ -n "${work-}" ] || scenarios "${1:-7}" '' \
-    --do 'capability on 28' --do 'delay 5'
+[ -n "${work-}" ] || scenarios "${1:-14}" '' \
+    --do 'capability on 28' --do 'delay 2'
 
 cycles=$1
 # Resident KiB, threads, descriptors and attachments. Tools and looks at a flag come and go, so
@@ -34,10 +34,11 @@ requests() {
 }
 
 printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
+export MALLOC_ARENA_MAX=1 # or what each thread's arena keeps for later looks like growth
 agent start-service >/dev/null && bmc wait 120 next 202 2 || exit 1
 pid=$(head -n 1 /var/run/vyn.pid)
 requests >/dev/null 2>&1 &
-base=$((cycles / 2))
+base=$((cycles * 2 / 3))
 [ "$base" -le 10 ] || base=10
 cycle=2
 echo 'cycle  resident KiB  threads  descriptors  attachments'
@@ -47,7 +48,7 @@ while [ "$cycle" -le "$cycles" ]; do
     printf '%5d  %12d  %7d  %11d  %11d\n' "$cycle" "$rss" "$threads" "$fds" "$attached"
     [ "$cycle" -ne "$base" ] || cp "$work/now" "$work/base"
     [ "$cycle" -le "$base" ] || paste -d ' ' "$work/base" "$work/now" |
-        awk '$5 > $1 + 256 || $6 > $2 || $7 > $3 + 2 || $8 > $4 { exit 1 }' || fail "growth in cycle $cycle"
+        awk '$5 > $1 + 512 || $6 > $2 || $7 > $3 + 2 || $8 > $4 { exit 1 }' || fail "growth in cycle $cycle"
     check "a cycle after $cycle" bmc wait 120 next 202
     cycle=$((cycle + 1))
 done
