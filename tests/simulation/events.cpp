@@ -230,9 +230,10 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
         subject.presence = Subject::present;
     if (is_new && !visible && next == before)
         subject.presence = Subject::unsure; // nobody knows whether it was seen
-    if (placed && (!subject.placed || subject.item.index < 0))
+    const bool told_place = placed || next != before; // what was told named the place
+    if (told_place && (!subject.placed || subject.item.index < 0))
         subject.item = item;
-    subject.placed = subject.placed || placed;
+    subject.placed = subject.placed || told_place;
     Subject& known = drives.known[item.key];
     Subject old = std::exchange(known, subject);
     if (is_new) {
@@ -350,7 +351,7 @@ void judgeMode(Memory& memory) {
         return;
     const bool told = answered("graid list");
     memory.rste = told ? stage.world.showsVolumes()
-                       : !asked({"geom disk list", "storcli show", "sas3ircu list"});
+                       : memory.rste && !asked({"geom disk list", "storcli show", "sas3ircu list"});
     if (memory.mode_known && told) // what was there before may be new to the other collector
         for (Memory::Drives& drives : memory.drives)
             if (drives.listed == Memory::Drives::yes)
