@@ -12,22 +12,11 @@ namespace sim {
 
 namespace {
 
-constexpr std::uint8_t ASSERTED = 0x70, CLEARED = 0xF0;
+constexpr int ASSERTED = 0x70, CLEARED = 0xF0, PRESENCE = 0xA0;
 
 std::string flaw;       // the first one of this pass
 std::vector<bool> used; // attempts that were due
 std::size_t next = 0;   // the first attempt behind the last that was due in order
-
-void object(const std::string& text) {
-    if (flaw.empty())
-        flaw = text;
-}
-
-bool readable(const char* path) {
-    return std::none_of(stage.faults.begin(), stage.faults.end(), [&](const Fault& fault) {
-        return fault.what == Trouble::file && (fault.target.empty() || fault.target == path);
-    });
-}
 
 // Optional events that were found: those of another drive may have the same bytes.
 struct Lent {
@@ -37,139 +26,118 @@ struct Lent {
 };
 std::vector<Lent> lent;
 
+bmcsim::Bytes eventOf(std::initializer_list<int> bytes) {
+    bmcsim::Bytes event = {0x41, 0x04};
+    for (const int byte : bytes)
+        event.push_back(static_cast<std::uint8_t>(byte));
+    return event;
+}
+
 enum class Told { taken, refused, absent };
 
 // An event is due: whether it was sent, and taken. `in_order` false: anywhere in what is left.
 Told tell(const bmcsim::Bytes& event, bool required, const std::string& who, bool in_order = true) {
-    const std::size_t count = stage.events.size();
+    const auto& events = stage.events;
+    const auto fate = [&](std::size_t at) {
+        return events[at].taken ? Told::taken : Told::refused;
+    };
     std::size_t at = next;
-    while (!in_order && at < count && (used[at] || stage.events[at].event != event))
+    while (!in_order && at < events.size() && (used[at] || events[at].event != event))
         ++at;
-    if (at < count && stage.events[at].event == event) {
+    if (at < events.size() && events[at].event == event) {
         used[at] = true;
-        while (next < count && used[next])
+        while (next < events.size() && used[next])
             ++next;
-        return stage.events[at].taken ? Told::taken : Told::refused;
+        return fate(at);
     }
     for (auto one = lent.begin(); required && one != lent.end(); ++one)
-        if (stage.events[one->at].event == event) {
+        if (events[one->at].event == event) {
             *one->subject = one->before;
             at = one->at;
             lent.erase(one);
-            return stage.events[at].taken ? Told::taken : Told::refused;
+            return fate(at);
         }
-    if (required && !stage.away)
-        object("missed event: due was " + bmcsim::hexText(event) + " of " + who +
-               (next < count ? ", told was " + bmcsim::hexText(stage.events[next].event) : ""));
+    if (required && !stage.away && flaw.empty())
+        flaw = say("missed event: due was {} of {}, told was {}", bmcsim::hexText(event), who,
+                   next < events.size() ? bmcsim::hexText(events[next].event) : "nothing");
     return Told::absent;
+}
+
+// Whether a command line was answered as the world has it, with success.
+bool answered(const std::string& command, bool any_status = false) {
+    const auto found = stage.asked.find(command);
+    return found != stage.asked.end() && found->second.genuine &&
+           (any_status || found->second.status == 0);
 }
 
 // ---- Links
 
 bool rowReadable(const Nic& nic) {
-    if (faultOf(Trouble::row_count) != nullptr || faultOf(Trouble::addresses) != nullptr ||
-        faultOf(Trouble::row_gone, nic.row) != nullptr)
-        return false;
     return std::none_of(stage.faults.begin(), stage.faults.end(), [&](const Fault& fault) {
-        return fault.what == Trouble::row_error && fault.number >= nic.row;
+        return fault.what == "row count" || fault.what == "addresses" ||
+               (fault.what == "row gone" && fault.number == nic.row) ||
+               (fault.what == "row error" && fault.number >= nic.row);
     });
-}
-
-// `reported` false: only when others can't be read it may be.
-void judgeLink(Memory& memory, const Nic& nic, bool reported) {
-    const bool up = nic.up && nic.active();
-    bool& told = memory.links[nic.name];
-    if (up == told)
-        return;
-    const bool required = reported && rowReadable(nic) && answered("ifconfig -a");
-    const bmcsim::Bytes event = {0x41,
-                                 0x04,
-                                 0xD0,
-                                 0xFF,
-                                 0x6F,
-                                 static_cast<std::uint8_t>(up ? 0xA1 : 0xA2),
-                                 static_cast<std::uint8_t>(nic.row),
-                                 0xFF};
-    if (!stage.world.link_events) {
-        told = required ? up : told; // nothing is sent; it counts as told all the same
-        return;
-    }
-    if (tell(event, required, nic.name) == Told::taken)
-        told = up;
 }
 
 void judgeLinks(Memory& memory) {
     const std::vector<const Nic*> nics = reportedNics(stage.world, LAN_MOST);
-    const std::size_t more = faultOf(Trouble::row_gone) == nullptr ? 0 : stage.faults.size();
-    for (const Nic* nic : nicsByMac(stage.world, LAN_MOST + more))
-        judgeLink(memory, *nic, std::find(nics.begin(), nics.end(), nic) != nics.end());
+    const std::size_t more = faultOf("row gone") == nullptr ? 0 : stage.faults.size();
+    for (const Nic* nic : nicsByMac(stage.world, LAN_MOST + more)) {
+        // One behind the most is only reported when others can't be read.
+        const bool required = std::find(nics.begin(), nics.end(), nic) != nics.end() &&
+                              rowReadable(*nic) && answered("ifconfig -a");
+        bool& told = memory.links[nic->name];
+        if (nic->linked() == told)
+            continue;
+        const int type = nic->linked() ? 0xA1 : 0xA2;
+        // Nothing is sent without link events; it counts as told all the same.
+        if (stage.world.link_events ? tell(eventOf({0xD0, 0xFF, 0x6F, type, nic->row, 0xFF}),
+                                           required, nic->name) == Told::taken
+                                    : required)
+            told = nic->linked();
+    }
 }
 
 // ---- Drives
 
-struct Rule {
-    Family family;
-    const char* state;
-    std::uint8_t type;
-};
-constexpr Rule RULES[] = {
-    {ONBOARD, "Fail", 0xA1},  {ONBOARD, "PredictiveFailureAnalysis", 0xA2},
-    {IT, "Degraded", 0xA2},   {IT, "Failed", 0xA1},
-    {IT, "HotSpare", 0xA3},   {IT, "OutofSync", 0xA5},
-    {IT, "Rebuilding", 0xA7}, {RAID, "Degraded", 0xA2},
-    {RAID, "UBad", 0xA1},     {RAID, "UBUnsp", 0xA1},
-    {RAID, "DHS", 0xA3},      {RAID, "GHS", 0xA3},
-    {RAID, "HSPShld", 0xA3},  {RAID, "OutofSync", 0xA5},
-    {RAID, "Rbld", 0xA7},
+const std::map<std::pair<Family, std::string>, int> TYPES = {
+    {{ONBOARD, "Fail"}, 0xA1},  {{ONBOARD, "PredictiveFailureAnalysis"}, 0xA2},
+    {{IT, "Degraded"}, 0xA2},   {{IT, "Failed"}, 0xA1},
+    {{IT, "HotSpare"}, 0xA3},   {{IT, "OutofSync"}, 0xA5},
+    {{IT, "Rebuilding"}, 0xA7}, {{RAID, "Degraded"}, 0xA2},
+    {{RAID, "UBad"}, 0xA1},     {{RAID, "UBUnsp"}, 0xA1},
+    {{RAID, "DHS"}, 0xA3},      {{RAID, "GHS"}, 0xA3},
+    {{RAID, "HSPShld"}, 0xA3},  {{RAID, "OutofSync"}, 0xA5},
+    {{RAID, "Rbld"}, 0xA7},
 };
 
-std::uint8_t typeOf(Family family, const std::string& state) {
-    for (const Rule& rule : RULES)
-        if (rule.family == family && state == rule.state)
-            return rule.type;
-    return 0;
+int typeOf(Family family, const std::string& state) {
+    const auto found = TYPES.find({family, state});
+    return found == TYPES.end() ? 0 : found->second;
 }
 
 // What a change from `old` to `state` clears, 0: nothing. A failed onboard drive only clears by
 // being well again.
-std::uint8_t clearedBy(Family family, const std::string& old, const std::string& state) {
-    const std::uint8_t type = typeOf(family, old);
+int clearedBy(Family family, const std::string& old, const std::string& state) {
+    const int type = typeOf(family, old);
     return family == ONBOARD && type == 0xA1 && state != "OK" ? 0 : type;
 }
 
-std::uint8_t byte(int value) {
-    return static_cast<std::uint8_t>(value);
-}
-
-bmcsim::Bytes driveEvent(const Item& item, std::uint8_t alert, std::uint8_t type) {
-    bmcsim::Bytes event = {0x41, 0x04, 0x0D, 0xFF, alert, type, byte(std::max(item.index, 0)),
-                           0xFF};
-    if (item.family == IT) {
-        event[3] = 0x5F;
-        event[6] = byte(item.slot);
-        event[7] = byte(item.controller * 64 + (item.enclosure & 0x3F));
-    } else if (item.family == RAID) {
-        event[6] = byte(item.controller * 16 + (item.slot & 0x0F));
-    }
-    return event;
-}
-
-// The missing event of a RAID drive speaks with the sensor and the bytes of an IT drive. The index
-// of an onboard one is that of its arrival; without one, that of the drive missing before.
-bmcsim::Bytes missingEvent(Item item, std::uint8_t& previous) {
-    if (item.family == RAID)
-        item.family = IT;
-    bmcsim::Bytes event = driveEvent(item, ASSERTED, 0xA0);
-    if (item.family == ONBOARD && item.index < 0)
-        event[6] = previous;
-    previous = event[6];
-    return event;
+// `as`: RAID drives are missing with the sensor and the bytes of IT drives.
+bmcsim::Bytes driveEvent(const Item& item, int alert, int type, Family as) {
+    if (as == IT)
+        return eventOf(
+            {0x0D, 0x5F, alert, type, item.slot, item.controller * 64 + (item.enclosure & 0x3F)});
+    const int place =
+        as == RAID ? item.controller * 16 + (item.slot & 0x0F) : std::max(item.index, 0);
+    return eventOf({0x0D, 0xFF, alert, type, place, 0xFF});
 }
 
 // What is still to be told of a state, as far as it was sent.
 void judgeState(Subject& subject, const Item& item, bool required) {
-    const auto send = [&](std::uint8_t alert, std::uint8_t type) {
-        return type == 0 || tell(driveEvent(item, alert, type), required,
+    const auto send = [&](int alert, int type) {
+        return type == 0 || tell(driveEvent(item, alert, type, item.family), required,
                                  item.key + " " + item.state) == Told::taken;
     };
     if (!subject.raised.empty()) {
@@ -177,8 +145,8 @@ void judgeState(Subject& subject, const Item& item, bool required) {
             return;
         subject.told = std::exchange(subject.raised, "");
     }
-    const std::uint8_t asserted = typeOf(item.family, item.state);
-    const std::uint8_t cleared = clearedBy(item.family, subject.told, item.state);
+    const int asserted = typeOf(item.family, item.state);
+    const int cleared = clearedBy(item.family, subject.told, item.state);
     if (item.state == subject.told || !send(ASSERTED, asserted))
         return;
     if (required || asserted != 0)
@@ -190,46 +158,52 @@ void judgeState(Subject& subject, const Item& item, bool required) {
     subject.raised.clear();
 }
 
-// Of a drive that the pass lists and may have seen (`visible`: must have).
-void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool first_pass) {
-    const bool is_new = drives.known.count(item.key) == 0;
+// The arrival of a drive that was not told present. `certain`: it was seen, and where it sits.
+void judgeArrival(Subject& subject, const Item& item, bool certain) {
+    const bool unsure = subject.presence == Subject::unsure;
+    const Told told = tell(driveEvent(item, CLEARED, PRESENCE, item.family), certain && !unsure,
+                           item.key + " arrives");
+    if (told == Told::taken || (unsure && told == Told::absent && certain && !stage.away)) {
+        subject.presence = Subject::present;
+        subject.item = item;
+    } else if (unsure && told == Told::refused) {
+        subject.presence = Subject::untold;
+    }
+}
+
+// One that the agent may see now for the first time.
+Subject newSubject(const Drives& drives, const Item& item, bool placed, bool first_pass) {
+    Subject subject;
+    subject.item = item;
+    subject.placed = placed;
     // Without a drive before, or with none that was seen for certain: may be the first pass.
     const bool none_sure = item.family == ONBOARD &&
                            std::all_of(drives.known.begin(), drives.known.end(), [](auto& one) {
                                return one.second.presence == Subject::unsure;
                            });
-    const bool first =
-        first_pass || drives.listed == Memory::Drives::no || (none_sure && drives.known.empty());
+    if (!first_pass && drives.listed != Drives::no && !(none_sure && drives.known.empty()))
+        subject.presence =
+            drives.listed == Drives::maybe || none_sure ? Subject::unsure : Subject::untold;
+    return subject;
+}
+
+// Of a drive that the pass lists and may have seen (`visible`: must have).
+void judgeDrive(Drives& drives, const Item& item, bool visible, bool first_pass) {
     const bool placed =
         item.state_by.empty() || (answered(item.state_by, true) && readable(hdd_file) &&
                                   (item.mapped || answered("camcontrol devlist")));
-    Subject subject = is_new ? Subject() : drives.known[item.key];
-    if (is_new) {
-        subject.item = item;
-        subject.placed = placed;
-        subject.presence = first                                                 ? Subject::present
-                           : drives.listed == Memory::Drives::maybe || none_sure ? Subject::unsure
-                                                                                 : Subject::untold;
-    }
+    const bool certain = visible && placed, is_new = drives.known.count(item.key) == 0;
+    Subject subject =
+        is_new ? newSubject(drives, item, placed, first_pass) : drives.known[item.key];
     const std::size_t before = next;
-    if (subject.presence != Subject::present) {
-        const bool unsure = subject.presence == Subject::unsure;
-        const Told told = tell(driveEvent(item, CLEARED, 0xA0), visible && placed && !unsure,
-                               item.key + " arrives");
-        if (told == Told::taken ||
-            (unsure && told == Told::absent && visible && placed && !stage.away)) {
-            subject.presence = Subject::present;
-            subject.item = item;
-        } else if (unsure && told == Told::refused) {
-            subject.presence = Subject::untold;
-        }
-    }
+    if (subject.presence != Subject::present)
+        judgeArrival(subject, item, certain);
     if (subject.presence == Subject::present || subject.presence == Subject::unsure)
-        judgeState(subject, item, subject.presence == Subject::present && visible && placed);
+        judgeState(subject, item, subject.presence == Subject::present && certain);
     if (subject.presence == Subject::unsure && next != before)
         subject.presence = Subject::present;
     if (is_new && !visible && next == before)
-        subject.presence = Subject::unsure; // nobody knows whether it was seen
+        subject.presence = Subject::unsure;           // nobody knows whether it was seen
     const bool told_place = placed || next != before; // what was told named the place
     if (told_place && (!subject.placed || subject.item.index < 0))
         subject.item = item;
@@ -242,12 +216,25 @@ void judgeDrive(Memory::Drives& drives, const Item& item, bool visible, bool fir
         old.presence = Subject::unsure;
         old.told = old.raised = "";
     }
-    for (std::size_t at = before; at < next && !(visible && placed); at++)
+    for (std::size_t at = before; at < next && !certain; at++)
         lent.push_back({at, &known, old});
 }
 
-void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& there, bool whole) {
-    std::uint8_t previous = 0;
+// The index of a missing onboard drive is that of its arrival; without one, that of the drive
+// missing `previous` to it.
+Told tellMissing(const Subject& subject, bool required, int index, int& previous) {
+    Item item = subject.item;
+    item.index = index < 0 ? previous : index;
+    const Family as = item.family == RAID ? IT : item.family;
+    const Told told =
+        tell(driveEvent(item, ASSERTED, PRESENCE, as), required, item.key + " is missing", false);
+    if (told != Told::absent)
+        previous = std::max(item.index, 0);
+    return told;
+}
+
+void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole) {
+    int previous = 0;
     for (std::size_t i = 0; i < drives.order.size(); i++) {
         const std::string key = drives.order[i];
         Subject& subject = drives.known[key];
@@ -258,18 +245,9 @@ void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& the
             continue;
         }
         const bool unsure = subject.presence == Subject::unsure;
-        const auto gone = [&](bool required, int index) {
-            Item item = subject.item;
-            item.index = index;
-            std::uint8_t before = previous;
-            const bmcsim::Bytes event = missingEvent(item, before);
-            const Told told = tell(event, required, key + " is missing", false);
-            previous = told == Told::absent ? previous : before;
-            return told;
-        };
-        Told told = subject.placed ? Told::absent : gone(false, -1);
+        Told told = subject.placed ? Told::absent : tellMissing(subject, false, -1, previous);
         if (told == Told::absent)
-            told = gone(whole && !unsure, subject.item.index);
+            told = tellMissing(subject, whole && !unsure, subject.item.index, previous);
         if (told == Told::taken) {
             subject.presence = Subject::missing;
         } else if (unsure && whole && told == Told::absent && !stage.away) {
@@ -280,93 +258,69 @@ void judgeMissing(Memory::Drives& drives, const std::map<std::string, bool>& the
 }
 
 // Whether the pass lists all of a family for certain.
-bool listedWhole(Family family) {
-    const World& world = stage.world;
-    if (family == ONBOARD) {
-        const bool all = std::all_of(world.disks.begin(), world.disks.end(), [](const Disk& disk) {
-            const std::string kind = disk.name.substr(0, 2);
-            return !disk.there || kind == "cd" || kind == "nd" ||
-                   stage.asked["camcontrol identify " + disk.name].genuine;
-        });
-        const bool any = std::any_of(world.disks.begin(), world.disks.end(),
-                                     [](const Disk& disk) { return disk.there; });
-        return answered("geom disk list") && all && (any || faultOf(Trouble::folders) == nullptr);
+bool listedOnboard() {
+    bool any = false, all = answered("geom disk list");
+    for (const Disk& disk : stage.world.disks) {
+        const std::string kind = disk.name.substr(0, 2);
+        any = any || disk.there;
+        all = all && (!disk.there || kind == "cd" || kind == "nd" ||
+                      answered("camcontrol identify " + disk.name, true));
     }
-    const auto told = [&](bool installed, const char* list) {
+    return all && (any || faultOf("folders") == nullptr);
+}
+
+bool listedControllers(bool with_cards) {
+    const World& world = stage.world;
+    const auto told = [](bool installed, const char* list) {
         return answered(list) ||
-               (stage.asked[list].genuine && (!installed || stage.succeeded.count(list) == 0));
+               (answered(list, true) && (!installed || stage.succeeded.count(list) == 0));
     };
-    bool whole = told(world.has_sas3ircu, "sas3ircu list");
-    const bool cards = family == RAID && world.cards_enabled;
-    whole = whole && (!cards || (told(world.has_storcli, "storcli show") && readable(ini_file)));
+    bool whole = told(world.has_sas3ircu, "sas3ircu list") &&
+                 (!with_cards || (told(world.has_storcli, "storcli show") && readable(ini_file)));
     for (const Controller& one : world.controllers)
         if (one.there && one.isSas() && world.has_sas3ircu)
-            whole = whole && answered(format("sas3ircu %d display", one.number));
-        else if (one.there && one.kind == Kind::card && world.has_storcli && cards)
-            whole = whole && answered(format("storcli /c%d show", one.number));
+            whole = whole && answered(say("sas3ircu {} display", one.number));
+        else if (one.there && one.kind == Kind::card && world.has_storcli && with_cards)
+            whole = whole && answered(say("storcli /c{} show", one.number));
     return whole;
 }
 
+bool visible(const Item& item) {
+    return std::all_of(item.listed_by.begin(), item.listed_by.end(),
+                       [](const std::string& list) { return answered(list); });
+}
+
 // `told`: so many items a whole pass tells.
-void judgeDrives(Memory& memory, const std::vector<Item>& items, std::size_t told, bool rste) {
-    std::map<std::string, bool> there[FAMILIES];
-    std::size_t line = 0;
-    const auto visible = [](const Item& item) {
-        return std::all_of(item.listed_by.begin(), item.listed_by.end(),
-                           [](const std::string& list) { return answered(list); });
-    };
-    for (const Item& item : items) {
-        ++line;
-        if (item.family == NO_DRIVE || item.state == "Missing")
-            continue;
-        if (!there[item.family].emplace(item.key, true).second)
-            continue; // of two records of a place the first counts
-        judgeDrive(memory.drives[item.family], item, line <= told && visible(item),
-                   memory.first_pass);
+void judgeDrives(Memory& memory, const std::vector<Item>& items, std::size_t told) {
+    std::set<std::string> there[FAMILIES];
+    for (std::size_t line = 0; line < items.size(); line++) {
+        const Item& item = items[line]; // of two records of a place the first counts
+        if (item.family != NO_DRIVE && item.state != "Missing" &&
+            there[item.family].insert(item.key).second)
+            judgeDrive(memory.drives.at(item.family), item, line < told && visible(item),
+                       memory.first_pass);
     }
     memory.crowded = memory.crowded || items.size() >= LINES_MOST;
+    const bool any =
+        !memory.crowded && told > 0 && std::any_of(items.begin(), items.end(), visible);
     for (const Family family : {ONBOARD, IT, RAID}) {
-        Memory::Drives& drives = memory.drives[family];
+        Drives& drives = memory.drives.at(family);
         const bool whole =
-            !memory.crowded && items.size() < LINES_MOST && told > 0 &&
-            std::any_of(items.begin(), items.end(), visible) &&
-            (rste ? family == ONBOARD && answered("graid list") : listedWhole(family));
-        if (!rste)
+            any &&
+            (memory.rste         ? family == ONBOARD && answered("graid list")
+             : family == ONBOARD ? listedOnboard()
+                                 : listedControllers(family == RAID && stage.world.cards_enabled));
+        if (!memory.rste)
             judgeMissing(drives, there[family], whole);
-        if (whole)
-            drives.listed = Memory::Drives::yes;
-        else if (drives.listed == Memory::Drives::no)
-            drives.listed = Memory::Drives::maybe;
+        drives.listed = whole                         ? Drives::yes
+                        : drives.listed == Drives::no ? Drives::maybe
+                                                      : drives.listed;
     }
 }
 
-bool asked(std::initializer_list<const char*> commands) {
-    return std::any_of(commands.begin(), commands.end(),
-                       [](const char* command) { return stage.asked.count(command) != 0; });
-}
+// ---- What is decided in a static pass
 
-// Which kind of storage the agent collects. It is decided in a static pass, when graid answers.
-void judgeMode(Memory& memory) {
-    if (!memory.static_due && memory.mode_known)
-        return;
-    const bool told = answered("graid list");
-    memory.rste = told ? stage.world.showsVolumes()
-                       : memory.rste && !asked({"geom disk list", "storcli show", "sas3ircu list"});
-    if (memory.mode_known && told) // what was there before may be new to the other collector
-        for (Memory::Drives& drives : memory.drives)
-            if (drives.listed == Memory::Drives::yes)
-                drives.listed = Memory::Drives::maybe;
-    memory.mode_known = told;
-}
-
-} // namespace
-
-bool answered(const std::string& command, bool any_status) {
-    const auto found = stage.asked.find(command);
-    return found != stage.asked.end() && found->second.genuine &&
-           (any_status || found->second.status == 0);
-}
-
+// Whether the pass told the static values, and with what result.
 void judgeStatic(Memory& memory) {
     bool asked = false, told = true, garbage = false;
     for (const char* command : {"uname", "uname -r -p"}) {
@@ -380,6 +334,23 @@ void judgeStatic(Memory& memory) {
     memory.named = asked ? told && !garbage : memory.named;
 }
 
+// Which kind of storage the agent collects, when graid answers.
+void judgeMode(Memory& memory) {
+    if (!memory.static_due && memory.mode_known)
+        return;
+    const bool told = answered("graid list");
+    if (told)
+        memory.rste = !stage.world.volumes.empty();
+    for (const char* command : {"geom disk list", "storcli show", "sas3ircu list"})
+        memory.rste = memory.rste && (told || stage.asked.count(command) == 0);
+    for (Drives& drives : memory.drives) // what was there before may be new to the other collector
+        if (memory.mode_known && told && drives.listed == Drives::yes)
+            drives.listed = Drives::maybe;
+    memory.mode_known = told;
+}
+
+} // namespace
+
 std::string judgeEvents(Memory& memory) {
     flaw.clear();
     lent.clear();
@@ -390,13 +361,13 @@ std::string judgeEvents(Memory& memory) {
     judgeMode(memory);
     if (!memory.rste)
         judgeDrives(memory, storageItems(stage.world, true),
-                    std::min(storageItems(stage.world).size(), LINES_MOST), false);
+                    std::min(storageItems(stage.world).size(), LINES_MOST));
     else if (stage.world.rste_enabled)
-        judgeDrives(memory, rsteItems(stage.world), LINES_MOST, true);
-    for (std::size_t i = 0; i < used.size(); i++)
+        judgeDrives(memory, rsteItems(stage.world), LINES_MOST);
+    for (std::size_t i = 0; i < used.size() && flaw.empty(); i++)
         if (!used[i])
-            object("false event: told was " + bmcsim::hexText(stage.events[i].event) +
-                   ", nothing of the kind was due");
+            flaw = say("false event: told was {}, nothing of the kind was due",
+                       bmcsim::hexText(stage.events[i].event));
     return flaw;
 }
 

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <deque>
 
+using bmcsim::FaultKind;
 using sim::stage;
-using sim::Trouble;
 
 namespace platform {
 
@@ -20,66 +20,50 @@ int failed(int error) {
     return -1;
 }
 
-bool hit(Trouble what, int number = -1) {
-    return sim::faultOf(what, number) != nullptr;
+// The end of a call that a fault may hit.
+int unless(const char* what, int error, int number = -1) {
+    return sim::faultOf(what, number) == nullptr ? 0 : failed(error);
 }
 
 // ---- The driver of the BMC
 
 constexpr int BMC_FD = 1000, NVME_FD = 2000;
-constexpr std::uint8_t TIMED_OUT = 0xC3;
+const bmcsim::Bytes TIMED_OUT = {0xC3};
 
-struct Message {
-    long msgid;
-    std::uint8_t netfn, cmd;
+struct Waiting {
+    ipmi_recv message;
     bmcsim::Bytes data;
 };
-std::deque<Message> waiting; // for the agent to take, late answers before their time
+std::deque<Waiting> waiting; // for the agent to take, late answers before their time
 
-const sim::Fault* requestFault(int command) {
+// The fault that a request meets, if any. The BMC meets it too.
+std::optional<FaultKind> meetFault(const bmcsim::Message& request) {
+    ++stage.requests;
+    bmcsim::Faults& faults = stage.bmc.faults;
+    faults.orders.clear();
     for (const sim::Fault& fault : stage.faults)
-        if (fault.what >= Trouble::bmc_code && (fault.command == -1 || fault.command == command) &&
-            stage.requests > fault.first && stage.requests <= fault.first + fault.count)
-            return &fault;
-    return nullptr;
+        if (fault.side == sim::Fault::request && stage.requests > fault.first &&
+            stage.requests <= fault.first + fault.count)
+            faults.orders.push_back(fault.order);
+    const auto met = bmcsim::meetFault(faults, request);
+    if (met)
+        sim::note("  request meets " + faultText(*met));
+    return met ? std::optional(met->kind) : std::nullopt;
 }
 
-// The agent gives up in the middle of what it told: not the fault of its values.
-void breakSession() {
-    for (auto& value : stage.session.pending)
-        value.second.damaged = true;
-    for (auto& list : stage.session.lists)
-        list.second.damaged = true;
-}
-
-// The BMC's own answer, with a fault that it knows of.
-bmcsim::Bytes answerOf(const ipmi_msg& request, const sim::Fault* fault) {
-    using bmcsim::FaultKind;
-    stage.bmc.faults.orders.clear();
-    if (fault != nullptr && fault->what != Trouble::bmc_late) {
-        const FaultKind kind = fault->what == Trouble::bmc_code     ? FaultKind::CODE
-                               : fault->what == Trouble::bmc_silent ? FaultKind::SILENT
-                               : fault->what == Trouble::bmc_short  ? FaultKind::SHORT
-                                                                    : FaultKind::LONG;
-        const auto number = static_cast<std::uint32_t>(fault->number);
-        bmcsim::Bytes code;
-        if (kind == FaultKind::CODE)
-            code = {static_cast<std::uint8_t>(number)};
-        stage.bmc.faults.orders.push_back({{}, kind, code, number, 1});
+// Whether the BMC is away now, and what the agent has told it with an event.
+void look(const bmcsim::Message& request, const bmcsim::Bytes& given) {
+    stage.away = given.empty() || given == TIMED_OUT;
+    if (stage.away) { // the agent gives up in the middle: not the fault of its values
+        for (auto& value : stage.session.pending)
+            value.second.damaged = true;
+        for (auto& list : stage.session.lists)
+            list.second.damaged = true;
     }
-    return answerRequest(stage.bmc, stage.session, stage.bmc.ledger.nowMs + 1, request.netfn,
-                         request.cmd, {request.data, request.data + request.data_len});
-}
-
-void look(const ipmi_msg& request, const bmcsim::Bytes& given) {
-    stage.away = given.empty() || given[0] == TIMED_OUT;
-    if (stage.away)
-        breakSession();
-    if (request.netfn == 4 && request.cmd == 2) {
-        const bmcsim::Bytes event(request.data, request.data + request.data_len);
-        stage.events.push_back({event, !given.empty() && given[0] == 0});
-        sim::note("  event " + bmcsim::hexText(event) +
-                  (stage.events.back().taken ? "" : ", not taken"));
+    if (request.netFn == 4 && request.cmd == 2) {
+        const bool taken = !given.empty() && given[0] == 0;
+        stage.events.push_back({request.data, taken});
+        sim::note("  event " + bmcsim::hexText(request.data) + (taken ? "" : ", not taken"));
     }
 }
 
@@ -88,55 +72,51 @@ void look(const ipmi_msg& request, const bmcsim::Bytes& given) {
 int ipmi_open(const char* path) {
     return std::strcmp(path, "/dev/ipmi0") == 0 ? BMC_FD : failed(ENOENT);
 }
-void ipmi_close(int) {}
-int ipmi_set_gets_events(int, int) {
+void ipmi_close(int /*fd*/) {}
+int ipmi_set_gets_events(int /*fd*/, int /*value*/) {
     return 0;
 }
-int ipmi_set_my_address(int, unsigned) {
+int ipmi_set_my_address(int /*fd*/, unsigned /*address*/) {
     return 0;
 }
 
-int ipmi_send_command(int, ipmi_req& request) {
+int ipmi_send_command(int /*fd*/, ipmi_req& request) {
     if (stage.away)
-        stage.flaws.push_back("a request to a BMC that is away");
-    ++stage.requests;
-    const ipmi_msg& message = request.msg;
-    const sim::Fault* fault = requestFault(message.netfn << 8 | message.cmd);
-    if (fault != nullptr)
-        sim::note(sim::format("  request %02X/%02X: ", message.netfn, message.cmd) +
-                  sim::TROUBLE_NAMES[static_cast<int>(fault->what)]);
-    if (fault != nullptr && fault->what == Trouble::bmc_gone) {
+        stage.flaws.emplace_back("a request to a BMC that is away");
+    const ipmi_msg& sent = request.msg;
+    const bmcsim::Message message{
+        0, sent.netfn, 0, sent.cmd, {sent.data, sent.data + sent.data_len}};
+    const std::optional<FaultKind> fault = meetFault(message);
+    if (fault == FaultKind::DROP) {
         look(message, {});
         return failed(EIO);
     }
-    bmcsim::Bytes given = answerOf(message, fault);
-    if (fault != nullptr &&
-        (fault->what == Trouble::bmc_late || fault->what == Trouble::bmc_silent)) {
-        waiting.push_back({request.msgid, message.netfn, message.cmd, {TIMED_OUT}});
-        if (fault->what == Trouble::bmc_late)
-            waiting.push_back({request.msgid, message.netfn, message.cmd, given});
-        given = {TIMED_OUT};
-    } else {
-        waiting.push_back({request.msgid, message.netfn, message.cmd, given});
-    }
-    look(message, given);
+    const bmcsim::Bytes given = answerRequest(stage.bmc, stage.session, stage.bmc.ledger.nowMs + 1,
+                                              message.netFn, message.cmd, message.data);
+    const ipmi_recv answer{0, nullptr, 0, request.msgid, sent};
+    const bool timed_out = fault == FaultKind::LATE || fault == FaultKind::SILENT;
+    if (timed_out)
+        waiting.push_back({answer, TIMED_OUT});
+    if (fault != FaultKind::SILENT)
+        waiting.push_back({answer, given});
+    look(message, timed_out ? TIMED_OUT : given);
     return 0;
 }
 
-int ipmi_wait(int, int) {
+int ipmi_wait(int /*fd*/, int /*timeout_ms*/) {
     return waiting.empty() ? 0 : 1;
 }
 
-int ipmi_receive_msg_trunc(int, ipmi_recv& received) {
+int ipmi_receive_msg_trunc(int /*fd*/, ipmi_recv& received) {
     if (waiting.empty())
         return failed(EAGAIN);
-    const Message next = std::move(waiting.front());
+    const Waiting next = std::move(waiting.front());
     waiting.pop_front();
     const std::size_t stored = std::min<std::size_t>(next.data.size(), received.msg.data_len);
     std::copy_n(next.data.begin(), stored, received.msg.data);
-    received.msgid = next.msgid;
-    received.msg.netfn = next.netfn | 1;
-    received.msg.cmd = next.cmd;
+    received.msgid = next.message.msgid;
+    received.msg.netfn = next.message.msg.netfn | 1;
+    received.msg.cmd = next.message.msg.cmd;
     received.msg.data_len = static_cast<std::uint16_t>(stored);
     return stored == next.data.size() ? 0 : failed(EMSGSIZE);
 }
@@ -144,98 +124,90 @@ int ipmi_receive_msg_trunc(int, ipmi_recv& received) {
 int io_open() { // the driver is the only road
     return failed(EPERM);
 }
-std::uint8_t inb(std::uint16_t) {
+std::uint8_t inb(std::uint16_t /*port*/) {
     return 0xFF;
 }
-void outb(std::uint8_t, std::uint16_t) {}
+void outb(std::uint8_t /*value*/, std::uint16_t /*port*/) {}
 
 // ---- NVMe drives
 
 int nvme_open(const char* path) {
     for (const sim::Nvme& nvme : stage.world.nvmes)
-        if (nvme.there && sim::format("/dev/nvme%d", nvme.number) == path) {
-            if (hit(Trouble::nvme_open, nvme.number))
-                return failed(EMFILE);
+        if (nvme.there && sim::say("/dev/nvme{}", nvme.number) == path) {
+            if (unless("nvme open", EMFILE, nvme.number) != 0)
+                return -1;
             ++stage.open_drives;
             return NVME_FD + nvme.number;
         }
     stage.flaws.push_back(std::string("opened as a controller: ") + path);
     return failed(ENXIO);
 }
-void nvme_close(int) {
+void nvme_close(int /*fd*/) {
     --stage.open_drives;
 }
 
 int nvme_passthrough(int fd, nvme_pt_command& command) {
     const int number = fd - NVME_FD;
-    if (hit(Trouble::nvme_call, number))
-        return failed(EIO);
-    const auto nvme = std::find_if(stage.world.nvmes.begin(), stage.world.nvmes.end(),
-                                   [&](const sim::Nvme& each) { return each.number == number; });
+    const sim::Nvme& nvme =
+        *std::find_if(stage.world.nvmes.begin(), stage.world.nvmes.end(),
+                      [&](const sim::Nvme& each) { return each.number == number; });
     std::vector<std::uint8_t> page(command.len);
     const std::uint32_t what = bmcsim::littleEndian({&command.cmd[40], &command.cmd[44]}, 0, 4);
-    const bool fits = reinterpret_cast<std::uintptr_t>(command.buf) % 8 == 0;
-    if (command.cmd[0] == 0x02 && what == 0x007F0002 && command.len == 512) {
-        std::copy(nvme->health.begin(), nvme->health.end(), page.begin());
-    } else if (command.cmd[0] == 0x06 && what == 1 && command.len == 4096) {
+    const auto asks = [&](int opcode, std::uint32_t about, std::size_t length) {
+        return command.cmd[0] == opcode && what == about && command.len == length;
+    };
+    if (asks(0x02, 0x007F0002, 512)) {
+        std::copy(nvme.health.begin(), nvme.health.end(), page.begin());
+    } else if (asks(0x06, 1, 4096)) {
         std::fill_n(page.begin() + 4, 60, ' ');
-        std::copy(nvme->serial.begin(), nvme->serial.end(), page.begin() + 5);
-        std::copy(nvme->model.begin(), nvme->model.end(), page.begin() + 24);
-    } else if (command.cmd[0] == 0x06 && what == 0 && command.cmd[4] == 1 && command.len == 4096) {
-        std::memcpy(page.data(), &nvme->blocks, 8);
+        std::copy(nvme.serial.begin(), nvme.serial.end(), page.begin() + 5);
+        std::copy(nvme.model.begin(), nvme.model.end(), page.begin() + 24);
+    } else if (asks(0x06, 0, 4096) && command.cmd[4] == 1) {
+        std::memcpy(page.data(), &nvme.blocks, 8);
         page[26] = 3; // the format in use
-        page[128 + 3 * 4 + 2] = nvme->block_bits;
+        page[128 + 3 * 4 + 2] = nvme.block_bits;
     } else {
-        stage.flaws.push_back("an NVMe command that nothing is known of");
+        stage.flaws.emplace_back("an NVMe command that nothing is known of");
     }
-    if (!fits)
-        stage.flaws.push_back("a buffer of an NVMe command is not aligned");
-    if (hit(Trouble::nvme_status, number))
+    if (reinterpret_cast<std::uintptr_t>(command.buf) % 8 != 0)
+        stage.flaws.emplace_back("a buffer of an NVMe command is not aligned");
+    if (sim::faultOf("nvme status", number) != nullptr)
         command.cpl[14] = 0x04;
     else
         std::memcpy(command.buf, page.data(), page.size());
-    return 0;
+    return unless("nvme call", EIO, number);
 }
 
 // ---- CPU, memory, interfaces
 
 int cp_time(std::array<std::int64_t, 5>& ticks) {
-    if (hit(Trouble::ticks))
-        return failed(EIO);
-    ticks = stage.world.ticks;
-    return 0;
+    const int result = unless("ticks", EIO);
+    ticks = result == 0 ? stage.world.ticks : ticks; // kept for the next share
+    return result;
 }
 
 int memory(memory_amounts& amounts) {
-    if (hit(Trouble::memory))
-        return failed(EIO);
     amounts = {stage.world.physical, stage.world.inactive, stage.world.free};
-    return 0;
+    return unless("memory", EIO);
 }
 
 int host_name(std::string& name) {
-    if (hit(Trouble::host_name))
-        return failed(EIO);
     name = stage.world.host;
-    return 0;
+    return unless("host name", EIO);
 }
 
 int interface_count(int& count) {
-    if (hit(Trouble::row_count))
-        return failed(ENOMEM);
     count = 0;
     for (const sim::Nic& nic : stage.world.nics)
         count = std::max(count, nic.row);
-    return 0;
+    return unless("row count", ENOMEM);
 }
 
 int interface_data(int row, ifmibdata& data) {
     const auto nic = std::find_if(stage.world.nics.begin(), stage.world.nics.end(),
                                   [&](const sim::Nic& each) { return each.row == row; });
-    if (nic == stage.world.nics.end() || hit(Trouble::row_gone, row))
+    if (nic == stage.world.nics.end() || unless("row gone", ENOENT, row) != 0)
         return failed(ENOENT);
-    if (hit(Trouble::row_error, row))
-        return failed(EIO);
     data = {};
     nic->name.copy(data.ifmd_name, sizeof data.ifmd_name - 1);
     data.ifmd_flags = (nic->up ? INTERFACE_UP : 0) | (nic->loopback ? INTERFACE_LOOPBACK : 0);
@@ -243,17 +215,15 @@ int interface_data(int row, ifmibdata& data) {
     data.ifi_ierrors = nic->counters[1];
     data.ifi_obytes = nic->counters[2];
     data.ifi_oerrors = nic->counters[3];
-    return 0;
+    return unless("row error", EIO, row);
 }
 
 int interface_addresses(std::vector<interface_address>& addresses) {
     addresses.clear();
-    if (hit(Trouble::addresses))
-        return failed(ENOMEM);
     for (const sim::Nic& nic : stage.world.nics) {
         interface_address link{nic.name, address_family::link};
-        link.has_mac = !nic.mac.empty();
-        for (std::size_t i = 0; i < 6 && link.has_mac; i++)
+        link.has_mac = true;
+        for (std::size_t i = 0; i < 6; i++)
             link.mac.at(i) =
                 static_cast<std::uint8_t>(std::stoi(nic.mac.substr(i * 3, 2), nullptr, 16));
         addresses.push_back(link);
@@ -268,7 +238,7 @@ int interface_addresses(std::vector<interface_address>& addresses) {
             addresses.push_back(one);
         }
     }
-    return 0;
+    return unless("addresses", ENOMEM);
 }
 
 } // namespace platform

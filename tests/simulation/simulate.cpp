@@ -1,11 +1,10 @@
 // simulate: plays invented histories of a server below the agent and tells the first flaw of each.
-#include "play.h"
+#include "stage.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,39 +12,25 @@ namespace {
 
 using sim::Outcome;
 using sim::Script;
-using sim::Step;
 
 constexpr const char* USAGE = "usage: simulate (--seed N | --seeds N..M) [--passes N] [--trace]\n";
-
-void silence(int descriptor) {
-    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    dup2(null, descriptor);
-    close(null);
-}
 
 // The child's side: plays, and writes the outcome as lines.
 [[noreturn]] void playInChild(const Script& script, int out, bool quiet) {
     std::FILE* told = fdopen(out, "w");
-    silence(STDOUT_FILENO);
+    if (script.tracing)
+        sim::stage.trace = fdopen(dup(STDOUT_FILENO), "w");
+    const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(null, STDOUT_FILENO);
     if (quiet)
-        silence(STDERR_FILENO);
+        dup2(null, STDERR_FILENO);
     const Outcome outcome = sim::play(script);
     std::fprintf(told, "%d %zu %zu\n%s\n", outcome.passes, outcome.settled, outcome.kept,
                  outcome.flaw.c_str());
     for (const auto& [step, what] : outcome.steps)
-        std::fprintf(told, "%d %d %s\n", step.pass, step.number, what.c_str());
-    for (const std::string& line : sim::stage.trace)
-        std::fprintf(told, "%s\n", line.c_str());
-    std::fclose(told);
+        std::fprintf(told, "%d %d %s\n", step.first, step.second, what.c_str());
+    std::fflush(nullptr);
     std::exit(0);
-}
-
-std::string readAll(int in) {
-    std::string text;
-    char buffer[65536];
-    for (ssize_t size = 0; (size = read(in, buffer, sizeof buffer)) > 0;)
-        text.append(buffer, static_cast<std::size_t>(size));
-    return text;
 }
 
 // Plays a history in a process of its own, so that the agent is as after its start.
@@ -60,28 +45,25 @@ Outcome attempt(const Script& script, bool quiet = true) {
     if (child == 0)
         playInChild(script, ends[1], quiet);
     close(ends[1]);
-    const std::string text = readAll(ends[0]);
+    std::string text;
+    char buffer[65536];
+    for (ssize_t size = 0; (size = read(ends[0], buffer, sizeof buffer)) > 0;)
+        text.append(buffer, static_cast<std::size_t>(size));
     close(ends[0]);
     int status = 0;
     waitpid(child, &status, 0);
     if (status != 0 && quiet)
         return attempt(script, false); // once more, to see what it says
     Outcome outcome;
-    const bmcsim::Lines lines = bmcsim::splitText(text, "\n");
     if (status != 0)
         outcome.flaw = sim::format("the agent ended with status %04X", status);
-    if (lines.size() < 2)
-        return outcome;
-    std::sscanf(lines[0].c_str(), "%d %zu %zu", &outcome.passes, &outcome.settled, &outcome.kept);
-    outcome.flaw += lines[1];
-    for (std::size_t i = 2; i + 1 < lines.size(); i++) {
-        Step step;
-        int end = 0;
-        if (script.tracing)
-            std::printf("%s\n", lines[i].c_str());
-        else if (std::sscanf(lines[i].c_str(), "%d %d %n", &step.pass, &step.number, &end) == 2)
-            outcome.steps.emplace_back(step, lines[i].substr(static_cast<std::size_t>(end)));
-    }
+    std::istringstream lines(text);
+    std::string line;
+    lines >> outcome.passes >> outcome.settled >> outcome.kept;
+    std::getline(lines.ignore(), line);
+    outcome.flaw += line;
+    for (sim::Step step; lines >> step.first >> step.second && std::getline(lines, line);)
+        outcome.steps.emplace_back(step, line);
     return outcome;
 }
 
@@ -106,70 +88,60 @@ Outcome shrink(Script script, Outcome failed) {
     return failed;
 }
 
-void tellFailure(const Script& script, const Outcome& failed) {
-    std::printf("seed %llu, pass %d: %s\n", static_cast<unsigned long long>(script.seed),
-                failed.passes, failed.flaw.c_str());
+void tellFailure(Script script, const Outcome& failed) {
+    std::printf("seed %ju, pass %d: %s\n", script.seed, failed.passes, failed.flaw.c_str());
+    script.tracing = false;
     const Outcome least = shrink(script, failed);
     std::printf("  shrunk to pass %d: %s\n", least.passes, least.flaw.c_str());
     for (const auto& [step, what] : least.steps)
-        std::printf("  before pass %d: %s\n", step.pass, what.c_str());
+        std::printf("  before pass %d:%s\n", step.first, what.c_str());
 }
 
-struct Options {
-    Script script;
-    unsigned long long last = 1;
-};
-
-bool readOptions(int count, char** words, Options& options) {
-    bool seeded = false;
+// The script of the first history; the seed of the last.
+bool readOptions(int count, char** words, Script& script, std::uintmax_t& last) {
     for (int i = 1; i < count; i++) {
         const std::string word = words[i];
-        const char* value = i + 1 < count ? words[i + 1] : "";
-        unsigned long long first = 0;
         if (word == "--trace") {
-            options.script.tracing = true;
+            script.tracing = true;
             continue;
         }
-        const int read = std::sscanf(value, "%llu..%llu", &first, &options.last);
+        std::uintmax_t from = 0, to = 0;
+        const int read = ++i < count ? std::sscanf(words[i], "%ju..%ju", &from, &to) : 0;
+        if (word == "--passes") {
+            script.passes = static_cast<int>(from);
+        } else if (word == "--seed" || word == "--seeds") {
+            script.seed = from;
+            last = read == 2 ? to : from;
+        }
         if (read < 1)
             return false;
-        if (word == "--passes") {
-            options.script.passes = static_cast<int>(first);
-        } else {
-            options.script.seed = first;
-            options.last = read == 2 ? options.last : first;
-            seeded = word == "--seed" || word == "--seeds";
-        }
-        i++;
     }
-    return seeded;
+    return last > 0;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    Options options;
-    if (!readOptions(argc, argv, options)) {
+    Script script;
+    std::uintmax_t last = 0;
+    if (!readOptions(argc, argv, script, last)) {
         std::fputs(USAGE, stderr);
         return 2;
     }
-    unsigned long long histories = 0, passes = 0, failures = 0;
-    for (Script script = options.script; script.seed <= options.last; script.seed++) {
+    int histories = 0, passes = 0, failures = 0;
+    for (; script.seed <= last; script.seed++) {
         const Outcome outcome = attempt(script);
         histories++;
-        passes += static_cast<unsigned long long>(outcome.passes);
+        passes += outcome.passes;
         if (outcome.settled != 0)
-            std::printf("seed %llu: %zu blocks of memory at pass 1000, %zu at pass %d\n",
-                        static_cast<unsigned long long>(script.seed), outcome.settled, outcome.kept,
-                        outcome.passes);
+            std::printf("seed %ju: %zu blocks of memory at pass 1000, %zu at pass %d\n",
+                        script.seed, outcome.settled, outcome.kept, outcome.passes);
         if (!outcome.flaw.empty()) {
             failures++;
-            script.tracing = false;
-            tellFailure(script, attempt(script));
-            script.tracing = options.script.tracing;
+            tellFailure(script, outcome);
         }
     }
-    std::printf("%llu histories, %llu passes: %llu failed\n", histories, passes, failures);
+    std::printf("%d histories, %d passes: %d failed\n", histories, passes, failures);
     return failures == 0 ? 0 : 1;
 }

@@ -6,7 +6,6 @@
 #include "tools/program.h"
 
 #include <algorithm>
-#include <cstdio>
 
 using sim::stage;
 
@@ -16,23 +15,21 @@ const char* const log_file = "log";
 const char* const hdd_file = "hdd";
 const char* const time_file = "time";
 
-bool writeFile(const char*, const char*, std::string_view) {
+bool writeFile(const char* /*name*/, const char* /*mode*/, std::string_view /*text*/) {
     return true;
 }
-void printLog(std::string_view, std::string_view) {}
-void printHexLog(std::string_view, unsigned) {}
-void printIntLog(std::string_view, int) {}
+void printLog(std::string_view /*title*/, std::string_view /*value*/) {}
+void printHexLog(std::string_view /*title*/, unsigned /*value*/) {}
+void printIntLog(std::string_view /*title*/, int /*value*/) {}
 void printErrLog(std::string_view title, std::string_view value) {
-    sim::note("  error log: " + std::string(title) + " " + std::string(value));
+    sim::note(sim::say("  error log: {} {}", title, value));
 }
 void printErrIntLog(std::string_view title, int value) {
     printErrLog(title, std::to_string(value));
 }
-void printCommandLog(std::string_view, std::string_view) {}
+void printCommandLog(std::string_view /*title*/, std::string_view /*value*/) {}
 void printHddMappingLog(std::string_view title, std::string_view value, int first) {
-    if (first == 1)
-        stage.drive_map.clear();
-    stage.drive_map.append(title).append(",").append(value).append("\n");
+    stage.drive_map = (first == 1 ? "" : stage.drive_map) + sim::say("{},{}\n", title, value);
 }
 void restartLog() {}
 
@@ -51,13 +48,13 @@ int getPauseFlag() {
 int getCurPauseFlag() {
     return 0;
 }
-int setStopFlag(int) {
+int setStopFlag(int /*value*/) {
     return 0;
 }
-int setPauseFlag(int) {
+int setPauseFlag(int /*value*/) {
     return 0;
 }
-int setCurPauseFlag(int) {
+int setCurPauseFlag(int /*value*/) {
     return 0;
 }
 void removeHeldFlags() {}
@@ -72,23 +69,22 @@ namespace sim {
 
 Stage stage;
 
-const char* const TROUBLE_NAMES[] = {
-    "missing",   "not started",     "hung",     "cut",        "garbage",   "prints nothing",
-    "fails",     "fails with text", "file",     "folders",    "row gone",  "row error",
-    "row count", "addresses",       "ticks",    "memory",     "host name", "nvme open",
-    "nvme call", "nvme status",     "bmc code", "bmc silent", "bmc late",  "bmc short",
-    "bmc long",  "bmc gone"};
-
 void note(const std::string& line) {
-    if (stage.tracing)
-        stage.trace.push_back(line);
+    if (stage.trace != nullptr)
+        std::fprintf(stage.trace, "%s\n", line.c_str());
 }
 
-const Fault* faultOf(Trouble what, int number) {
+const Fault* faultOf(const char* what, int number) {
     for (const Fault& fault : stage.faults)
         if (fault.what == what && (number == -1 || fault.number == number))
             return &fault;
     return nullptr;
+}
+
+bool readable(const std::string& path) {
+    return std::none_of(stage.faults.begin(), stage.faults.end(), [&](const Fault& fault) {
+        return fault.what == "file" && (fault.target.empty() || fault.target == path);
+    });
 }
 
 void clearSight() {
@@ -106,6 +102,9 @@ void lookForRestart() {
     stage.away = false;
 }
 
+namespace {
+
+// Who is left alone when a command line hangs.
 std::string subjectOf(const std::string& command) {
     const std::vector<std::string> words = bmcsim::words(command);
     if (words[0] == "storcli" && words.size() > 2)
@@ -120,102 +119,77 @@ std::string subjectOf(const std::string& command) {
     return device ? last : words[0];
 }
 
-namespace {
-
-constexpr int HUNG_SECONDS = 20;
-
-bool isProgramTrouble(Trouble what) {
-    return what <= Trouble::failed_with_text;
-}
-
 const Fault* troubleOf(const std::string& command) {
     for (const Fault& fault : stage.faults)
-        if (isProgramTrouble(fault.what) && (fault.target.empty() || fault.target == command ||
+        if (fault.side == Fault::program && (fault.target.empty() || fault.target == command ||
                                              fault.target == command.substr(0, command.find(' '))))
             return &fault;
     return nullptr;
 }
 
 // What the program does under a fault instead of printing `told`.
-program_answer troubled(const Fault& fault, const Printed& told, const std::string& command,
-                        const program_limits& limits) {
-    const std::string half = told.text.substr(0, told.text.size() / 2);
-    switch (fault.what) {
-    case Trouble::missing:
-        return {program_end::missing, 0, ""};
-    case Trouble::not_started:
-        return {program_end::not_started, 0, ""};
-    case Trouble::hung:
-        if (limits.time >= std::chrono::seconds(HUNG_SECONDS))
+program_answer troubled(const std::string& what, const std::string& told,
+                        const std::string& command, const program_limits& limits) {
+    const std::string half = told.substr(0, told.size() / 2);
+    if (what == "hung") {
+        if (limits.time >= PROGRAM_SECONDS)
             stage.hung[subjectOf(command)] = stage.pass;
         stage.seconds += static_cast<int>(limits.time.count() / 1000);
-        return {program_end::timed_out, 0, half};
-    case Trouble::cut:
-        return {program_end::cut, 0, half};
-    case Trouble::garbage:
-        return {program_end::exited, 0, "Segmentation fault (core dumped)\n\t: = ; 7 (\n"};
-    case Trouble::nothing:
-        return {program_end::exited, 0, ""};
-    case Trouble::failed:
-        return {program_end::exited, 1, half};
-    default:
-        return {program_end::exited, 1, told.text};
     }
-}
-
-std::string joined(const command_line& words) {
-    std::string line;
-    for (const std::string& word : words)
-        line += (line.empty() ? "" : " ") + word;
-    return line;
+    const std::map<std::string, program_answer> answers = {
+        {"missing", {program_end::missing, 0, ""}},
+        {"not started", {program_end::not_started, 0, ""}},
+        {"hung", {program_end::timed_out, 0, half}},
+        {"cut", {program_end::cut, 0, half}},
+        {"garbage", {program_end::exited, 0, "Segmentation fault (core dumped)\n\t: = ; 7 (\n"}},
+        {"prints nothing", {program_end::exited, 0, ""}},
+        {"fails", {program_end::exited, 1, half}},
+        {"fails with text", {program_end::exited, 1, told}}};
+    return answers.at(what);
 }
 
 program_answer run(const command_line& words, const program_limits& limits) {
-    const std::string command = joined(words);
+    std::string command = words.front();
+    for (std::size_t i = 1; i < words.size(); i++)
+        command += " " + words[i];
     if (stage.asked.count(command) != 0)
         stage.flaws.push_back("asked twice in a pass: " + command);
     const auto left = stage.hung.find(subjectOf(command));
     if (left != stage.hung.end() && stage.pass < left->second + LEFT_ALONE)
         stage.flaws.push_back("asked although it hung: " + command);
     const std::optional<Printed> told = answer(stage.world, command);
-    const Fault* fault = told ? troubleOf(command) : nullptr;
-    Asked& asked = stage.asked[command];
-    program_answer given;
-    if (fault != nullptr)
-        given = troubled(*fault, *told, command, limits);
-    else if (told)
-        given = {program_end::exited, told->status, told->text};
-    asked = {fault == nullptr, given.exit_status, !told,
-             fault != nullptr && fault->what == Trouble::garbage};
-    if (given.end == program_end::exited && given.exit_status == 0)
-        stage.succeeded.insert(command);
-    note(
-        "  asked: " + command +
-        (fault == nullptr ? "" : std::string(", ") + TROUBLE_NAMES[static_cast<int>(fault->what)]));
     if (told && told->status == 64)
         stage.flaws.push_back("a command line that nothing is known of: " + command);
+    const Fault* fault = told ? troubleOf(command) : nullptr;
+    const std::string what = fault == nullptr ? "" : fault->what;
+    program_answer given;
+    if (fault != nullptr)
+        given = troubled(what, told->text, command, limits);
+    else if (told)
+        given = {program_end::exited, told->status, told->text};
+    stage.asked[command] = {fault == nullptr, given.exit_status, what == "garbage"};
+    if (given.end == program_end::exited && given.exit_status == 0)
+        stage.succeeded.insert(command);
+    note(say("  asked: {}{}{}", command, what.empty() ? "" : ", ", what));
     return given;
 }
 
 std::optional<std::string> readFile(const char* path) {
-    for (const Fault& fault : stage.faults)
-        if (fault.what == Trouble::file && (fault.target.empty() || fault.target == path))
-            return std::nullopt;
+    if (!readable(path))
+        return std::nullopt;
     if (std::string_view(path) == hdd_file)
         return stage.drive_map.empty() ? std::nullopt : std::optional(stage.drive_map);
-    if (std::string_view(path) == "/etc/resolv.conf") {
-        std::string text = "search example.org\n";
-        for (const std::string& server : stage.world.name_servers)
-            text += "nameserver " + server + "\n";
-        return text;
-    }
-    return "Customize : {\n  raidCards = \"northwind raid\";\n};\n"; // the configuration
+    if (std::string_view(path) != "/etc/resolv.conf") // the configuration
+        return "Customize : {\n  raidCards = \"northwind raid\";\n};\n";
+    std::string text = "search example.org\n";
+    for (const std::string& server : stage.world.name_servers)
+        text += "nameserver " + server + "\n";
+    return text;
 }
 
 std::vector<std::string> listFolder(const char* path) {
-    if (faultOf(Trouble::folders) != nullptr || std::string_view(path) != "/dev")
-        return {};
-    return devNames(stage.world);
+    const bool listed = faultOf("folders") == nullptr && std::string_view(path) == "/dev";
+    return listed ? devNames(stage.world) : std::vector<std::string>();
 }
 
 std::chrono::steady_clock::time_point now() {

@@ -1,12 +1,14 @@
 // Where the agent plays: a world, a BMC, what goes wrong in this pass, and what was seen of the
 // agent. stage.cpp puts it below the agent in place of a kernel, of programs, files, flags and
-// logs.
+// logs; play.cpp plays a history there: a server, what happens to it and what goes wrong, pass by
+// pass.
 #pragma once
 
 #include "world.h"
 
 #include "simulator/bmc.h"
 
+#include <cstdio>
 #include <map>
 #include <set>
 #include <string>
@@ -16,54 +18,21 @@ namespace sim {
 
 constexpr int LEFT_ALONE = 10; // passes, of a subject whose program hung
 
-enum class Trouble {
-    // programs, by command line, by program, or all
-    missing,
-    not_started,
-    hung,
-    cut,
-    garbage,
-    nothing,
-    failed,
-    failed_with_text,
-    // files by path, all folders
-    file,
-    folders,
-    // kernel calls, a row of the interface table or an NVMe drive by number
-    row_gone,
-    row_error,
-    row_count,
-    addresses,
-    ticks,
-    memory,
-    host_name,
-    nvme_open,
-    nvme_call,
-    nvme_status,
-    // requests: answered with a completion code, not at all, late, short, long; the driver fails
-    bmc_code,
-    bmc_silent,
-    bmc_late,
-    bmc_short,
-    bmc_long,
-    bmc_gone,
-};
-extern const char* const TROUBLE_NAMES[];
-
 struct Fault {
-    Trouble what;
-    std::string target; // of programs and files, empty: all
-    int number = 0;     // row, drive, completion code, length
+    enum { program, path, kernel, request } side = program;
+    std::string what;   // in the words of makeFault
+    std::string target; // command line, program or file, empty: all
+    int number = 0;     // kernel: row of the interface table or NVMe drive
     int until = 0;      // the last pass
-    int command = -1;   // requests: NetFn and command, -1: any
-    int first = 0;      // so many requests of a pass go well before
-    int count = 1;      // so many are hit then
+    bmcsim::Fault order = {};
+    int first = 0, count = 1; // request: so many of a pass go well before, so many are hit then
 };
+// The fault that begins here, not yet with its end.
+Fault makeFault(const World& world, Dice& dice);
 
 struct Asked {
     bool genuine = false; // answered as the world has it
     int status = 0;
-    bool missing = false; // no such program
     bool garbage = false; // ended well, with something else
 };
 
@@ -81,7 +50,7 @@ struct Stage {
     std::map<std::string, int> hung; // by what is left alone since: the pass
     std::set<std::string> succeeded; // command lines that have ended well
     std::string drive_map;           // the file, as the agent wrote it
-    bool tracing = false;
+    std::FILE* trace = nullptr;
 
     // What was seen in this pass.
     std::map<std::string, Asked> asked; // by command line
@@ -91,7 +60,6 @@ struct Stage {
     bool away = false;
     int open_drives = 0;
     std::vector<std::string> flaws; // what must not be, whatever the world is like
-    std::vector<std::string> trace;
 };
 extern Stage stage;
 
@@ -100,10 +68,32 @@ void setStage();
 // Begins a pass: nothing was seen yet.
 void clearSight();
 void note(const std::string& line); // into the trace
-const Fault* faultOf(Trouble what, int number = -1);
-// Who is left alone when a command line hangs.
-std::string subjectOf(const std::string& command);
+// One of the kernel or of the folders.
+const Fault* faultOf(const char* what, int number = -1);
+bool readable(const std::string& path);
 // Lets the BMC's restart monitor look once.
 void lookForRestart();
+
+// ---- Histories
+
+// Something that happens before a pass: a change of the world, or a fault that begins.
+using Step = std::pair<int, int>; // pass and number
+
+struct Script {
+    std::uint64_t seed = 1;
+    int passes = 50;
+    bool tracing = false;
+    std::set<Step> left_out = {};
+};
+
+struct Outcome {
+    int passes = 0;                    // that were played
+    std::string flaw;                  // of the last one
+    std::size_t settled = 0, kept = 0; // blocks of memory, at pass 1000 and at the end
+    std::vector<std::pair<Step, std::string>> steps = {};
+};
+
+// Plays a history in this process, whose agent must be as a process has it at its start: once.
+Outcome play(const Script& script);
 
 } // namespace sim

@@ -6,32 +6,112 @@
 
 namespace sim {
 
+std::vector<const Nic*> reportedNics(const World& world, std::size_t most) {
+    std::vector<const Nic*> nics;
+    for (const Nic& nic : world.nics)
+        if (!nic.loopback)
+            nics.push_back(&nic);
+    std::sort(nics.begin(), nics.end(), [](const Nic* a, const Nic* b) { return a->row > b->row; });
+    nics.resize(std::min(nics.size(), most));
+    return nics;
+}
+
+std::vector<const Nic*> nicsByMac(const World& world, std::size_t most) {
+    std::vector<const Nic*> nics = reportedNics(world, most);
+    std::stable_sort(nics.begin(), nics.end(), [](const Nic* a, const Nic* b) {
+        return a->mac.substr(0, 12) < b->mac.substr(0, 12);
+    });
+    return nics;
+}
+
+void takeSample(Samples& samples, const World& world) {
+    // As top of FreeBSD 10.1 shows it: kilobytes, from 100000 on megabytes, then gigabytes.
+    const auto rounded = [](std::uint64_t bytes) {
+        std::uint64_t amount = bytes >> 10, unit = 1024;
+        for (; amount >= 100000 && unit < 1 << 30; unit *= 1024)
+            amount = (amount + 512) / 1024;
+        return static_cast<std::int64_t>(amount * unit);
+    };
+    const auto physical = static_cast<std::int64_t>(world.physical);
+    samples.memory += (physical - rounded(world.free) - rounded(world.inactive)) * 100 / physical;
+    samples.count++;
+    for (const Nic* nic : reportedNics(world, USAGE_MOST))
+        samples.bytes[nic->name].push_back(nic->counters[0] + nic->counters[2]);
+}
+
 namespace {
 
 using Texts = std::vector<std::string>;
 
-// Nothing went wrong in this pass, and nothing is left alone for what went wrong before.
-bool undisturbed() {
-    return stage.faults.empty() &&
-           std::none_of(stage.hung.begin(), stage.hung.end(),
-                        [](auto& one) { return stage.pass < one.second + LEFT_ALONE; });
+// ---- Interfaces
+
+std::string gatewayOf(const World& world, const Nic& nic) {
+    for (const bool v6 : {false, true})
+        for (const Route& route : routesOf(world))
+            if (route.v6 == v6 && route.to == "default" && route.through == nic.name)
+                return route.via;
+    for (const Route& route : routesOf(world))
+        for (const std::string& address : nic.ip6)
+            if (route.to == address || route.via == address)
+                return route.via;
+    return "";
 }
 
-std::string compare(std::uint8_t selector, const Texts& due) {
-    const bmcsim::Stored& stored = storedUnder(stage.bmc.parameters, selector);
-    const std::size_t count = std::max(due.size(), stored.texts.size());
-    for (std::size_t i = 0; i < count; i++) {
-        const std::string wanted = i < due.size() ? "\"" + due[i] + "\"" : "nothing";
-        const std::string there =
-            i < stored.texts.size() ? "\"" + stored.texts[i] + "\"" : "nothing";
-        if (wanted == there)
-            continue;
-        const auto differ = std::mismatch(wanted.begin(), wanted.end(), there.begin(), there.end());
-        return format("wrong value %d, %zu: due was ", selector, i) + wanted + ", told was " +
-               bmcsim::escapeText(there.substr(0, 24)) + " ... " +
-               bmcsim::escapeText(std::string(differ.second, there.end()));
+int speedOf(const Nic& nic) {
+    if (nic.medium == nullptr)
+        return 0;
+    return nic.carrier ? nic.medium->speed : nic.medium->unlinked_speed;
+}
+
+std::string lanRecord(const World& world, const Nic& nic) {
+    Texts lists[4]; // addresses, those of IPv6, masks, name servers
+    for (const auto& [address, prefix] : nic.ip4) {
+        const unsigned bits = ~0U << (32 - prefix);
+        const std::string mask =
+            format("%u.%u.%u.%u", bits >> 24, bits >> 16 & 255, bits >> 8 & 255, bits & 255);
+        lists[0].push_back(address);
+        if (join(lists[2], ",").find(mask) == std::string::npos)
+            lists[2].push_back(mask);
     }
-    return "";
+    lists[1] = nic.ip6;
+    if (nic.carrier && nic.medium != nullptr)
+        lists[3] = world.name_servers;
+    const auto [vendor, model] =
+        nic.device == nic.name ? adapterOf(nic.device) : std::pair<std::string, std::string>();
+    for (Texts& list : lists)
+        while (join(list, ",").size() > 256) // whole addresses
+            list.pop_back();
+    for (;;) {
+        const std::string text =
+            filled(say("{};{};{};{};{};{};{};{};{};{};{}{}{};{};", nic.row, nic.mac, nic.name,
+                       join(lists[0], ","), join(lists[1], ","), gatewayOf(world, nic),
+                       join(lists[2], ","), world.host, join(lists[3], ","), speedOf(nic), vendor,
+                       vendor.empty() ? "" : " ", model, nic.linked() ? "up" : "down"),
+                   ";");
+        if (text.size() <= 511)
+            return text;
+        std::max_element(std::begin(lists), std::end(lists), [](const auto& a, const auto& b) {
+            return join(a, ",").size() < join(b, ",").size();
+        })->pop_back();
+    }
+}
+
+std::string usageRecord(const Nic& nic, const Samples& samples) {
+    if (!nic.up)
+        return nic.name + ":0:down;0;0;0;0;";
+    std::string in_use = "unknown media type";
+    if (const int speed = speedOf(nic); speed >= 1) {
+        const std::vector<std::uint64_t>& bytes = samples.bytes.at(nic.name);
+        float sum = 0;
+        for (std::size_t i = 1; i < bytes.size(); i++)
+            sum = static_cast<float>(static_cast<double>(sum) +
+                                     static_cast<double>(bytes[i] - bytes[i - 1]) * 8 /
+                                         (speed * 1048576.0) * 100);
+        const float mean = sum / static_cast<float>(bytes.size());
+        in_use = mean < 1.0F ? "<1" : format("%.2f", static_cast<double>(mean));
+    }
+    const auto& [in, in_errors, out, out_errors] = nic.counters;
+    return say("{}:{}:up;{};{};{};{};", nic.name, in_use, in, in_errors, out, out_errors);
 }
 
 std::string cpuText(const std::array<std::int64_t, 5>& before) {
@@ -43,63 +123,59 @@ std::string cpuText(const std::array<std::int64_t, 5>& before) {
     return format("%.2f;", static_cast<double>(static_cast<float>((all - idle) / all * 100)));
 }
 
-std::string memoryText(const std::vector<int>& samples) {
-    std::int64_t sum = 0;
-    for (const int sample : samples)
-        sum += sample;
-    return std::to_string(sum / static_cast<std::int64_t>(samples.size())) + ";";
+// ---- All that stands at the BMC
+
+// Nothing went wrong in this pass, and nothing is left alone for what went wrong before.
+bool undisturbed() {
+    return stage.faults.empty() &&
+           std::none_of(stage.hung.begin(), stage.hung.end(),
+                        [](auto& one) { return stage.pass < one.second + LEFT_ALONE; });
 }
 
-Texts textsOf(const std::vector<Item>& items) {
-    Texts texts;
-    for (const Item& item : items)
-        texts.push_back(item.text);
-    return texts;
-}
-
-Texts lanRecords(const World& world) {
-    Texts texts;
-    for (const Nic* nic : nicsByMac(world, LAN_MOST))
-        texts.push_back(lanRecord(world, *nic));
-    return texts;
-}
-
-Texts usageRecords(const World& world, const Samples& samples) {
-    Texts texts;
-    for (const Nic* nic : reportedNics(world, USAGE_MOST))
-        texts.push_back(usageRecord(*nic, samples));
-    return texts;
-}
-
-} // namespace
-
-std::string judgeValues(const Memory& memory) {
+std::map<std::uint8_t, Texts> dueValues(const Memory& memory) {
     const World& world = stage.world;
-    std::map<std::uint8_t, Texts> due = {{195, lanRecords(world)},
-                                         {196, {cpuText(memory.ticks)}},
-                                         {197, {memoryText(memory.samples.memory)}},
-                                         {201, usageRecords(world, memory.samples)},
+    const Samples& samples = memory.samples;
+    std::map<std::uint8_t, Texts> due = {{196, {cpuText(memory.ticks)}},
+                                         {197, {say("{};", samples.memory / samples.count)}},
                                          {204, {memory.agent}}};
     if (memory.named) {
-        due[192] = {std::string(osName()) + ";"};
+        due[192] = {"FreeBSD;"};
         due[193] = {osVersion(world) + ";"};
     }
-    if (world.nvme_enabled)
+    for (const Nic* nic : nicsByMac(world, LAN_MOST))
+        due[195].push_back(lanRecord(world, *nic));
+    if (!memory.rste || world.rste_enabled)
+        for (const Item& item : memory.rste ? rsteItems(world) : storageItems(world))
+            due[199].push_back(item.text);
+    for (const Nic* nic : reportedNics(world, USAGE_MOST))
+        due[201].push_back(usageRecord(*nic, samples));
+    if (world.nvme_enabled) // of a list without a record nothing is told, but of this one
         due[206] = nvmeRecords(world);
-    if (!memory.rste)
-        due[199] = textsOf(storageItems(world));
-    else if (world.rste_enabled)
-        due[199] = textsOf(rsteItems(world));
-    for (const auto& [selector, texts] : due) {
-        // Of a list without a record nothing is told; of NVMe drives their number is.
-        const std::string flaw = texts.empty() && selector != 206 ? "" : compare(selector, texts);
-        if (!flaw.empty())
-            return flaw;
+    return due;
+}
+
+std::string compare(std::uint8_t selector, const Texts& due) {
+    const Texts& told = storedUnder(stage.bmc.parameters, selector).texts;
+    for (std::size_t i = 0; i < std::max(due.size(), told.size()); i++) {
+        const std::string wanted = i < due.size() ? due[i] : "(nothing)";
+        const std::string there = i < told.size() ? told[i] : "(nothing)";
+        if (wanted != there)
+            return say("wrong value {}, {}: due was {}, told was {}", int{selector}, i, wanted,
+                       bmcsim::escapeText(there));
     }
+    return "";
+}
+
+std::string judgeValues(const Memory& memory) {
+    for (const auto& [selector, texts] : dueValues(memory))
+        if (const std::string flaw = compare(selector, texts); !flaw.empty())
+            return flaw;
     const std::string& stamp = storedUnder(stage.bmc.parameters, 202).texts.front();
     const std::uint32_t told = bmcsim::littleEndian({stamp.begin(), stamp.end()}, 0, 4);
     return told - memory.clock <= 1 ? "" : "the time stamp is another";
 }
+
+} // namespace
 
 std::string judgePass(Memory& memory) {
     std::string flaw = judgeEvents(memory);
@@ -114,7 +190,7 @@ std::string judgePass(Memory& memory) {
     memory.first_pass = false;
     memory.static_due = memory.static_due && !memory.static_over;
     memory.samples = {};
-    if (faultOf(Trouble::ticks) == nullptr)
+    if (faultOf("ticks") == nullptr)
         memory.ticks = stage.world.ticks;
     return flaw;
 }

@@ -9,19 +9,37 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace sim {
 
 using bmcsim::format;
 
+// The pattern with each {} replaced by the next value.
+template <class... Values>
+std::string say(std::string_view pattern, const Values&... values) {
+    std::string text;
+    const auto put = [&](const auto& value) {
+        const std::size_t at = pattern.find("{}");
+        text += pattern.substr(0, at);
+        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(value)>>)
+            text += std::to_string(value);
+        else
+            text += value;
+        pattern.remove_prefix(at + 2);
+    };
+    (put(values), ...);
+    return text.append(pattern);
+}
+
 // Random numbers that depend on the seed, the pass and the step only: a history from which steps
 // are left out stays the same otherwise.
 class Dice {
   public:
-    Dice(std::uint64_t seed, std::uint64_t pass, std::uint64_t step) : m_state(seed) {
-        m_state = next() ^ pass;
-        m_state = next() ^ step;
+    Dice(std::uint64_t seed, int pass, int step) : m_state(seed) {
+        m_state = next() ^ static_cast<std::uint64_t>(pass);
+        m_state = next() ^ static_cast<std::uint64_t>(step);
     }
     std::uint64_t next() { // SplitMix64
         std::uint64_t z = m_state += 0x9E3779B97F4A7C15U;
@@ -29,22 +47,22 @@ class Dice {
         z = (z ^ z >> 27) * 0x94D049BB133111EBU;
         return z ^ z >> 31;
     }
-    int below(int bound) {
-        return static_cast<int>(next() % static_cast<std::uint64_t>(bound));
+    int below(std::size_t bound) {
+        return static_cast<int>(next() % bound);
     }
     int between(int low, int high) {
-        return low + below(high - low + 1);
+        return low + below(static_cast<std::size_t>(high - low + 1));
     }
     bool percent(int chance) {
         return below(100) < chance;
     }
-    template <class One, std::size_t N>
-    One of(const std::array<One, N>& list) {
-        return list.at(static_cast<std::size_t>(below(static_cast<int>(N))));
+    template <class One>
+    One of(std::initializer_list<One> list) {
+        return list.begin()[below(list.size())];
     }
     template <class List>
     auto& of(List& list) {
-        return list[static_cast<std::size_t>(below(static_cast<int>(std::size(list))))];
+        return list[static_cast<std::size_t>(below(std::size(list)))];
     }
 
   private:
@@ -55,20 +73,20 @@ struct Medium {
     const char *linked, *unlinked; // as ifconfig tells them
     int speed, unlinked_speed;     // Mbit/s as they are reported
 };
-extern const std::array<Medium, 10> MEDIA;
+extern const std::vector<Medium> MEDIA;
 
 struct Nic {
     std::string name, device; // device: as the PCI bus knows it, empty for a virtual one
     int row = 0;              // of the kernel's table
     std::string mac;
     bool loopback = false, up = true, carrier = true;
-    int medium = 0; // place in MEDIA; -1: neither medium nor status
+    const Medium* medium = nullptr;                    // null: neither medium nor status
     std::vector<std::pair<std::string, int>> ip4 = {}; // address and prefix length
     std::vector<std::string> ip6 = {};                 // with their zone
     std::array<std::uint64_t, 4> counters = {};        // in, errors in, out, errors out
 
-    bool active() const {
-        return carrier && medium >= 0;
+    bool linked() const {
+        return up && carrier && medium != nullptr;
     }
 };
 
@@ -81,20 +99,19 @@ enum class Use { mounted, swap, unmounted };
 struct Partition {
     std::string name; // in /dev
     Use use = Use::mounted;
-    std::int64_t total = 0, used = 0, available = 0; // kilobytes
-    int block = 0;                                   // of its file system, 0: newfs refuses
     std::string size = {};                           // as gpart shows it
     std::uint64_t bytes = 0;                         // what that is
+    std::int64_t total = 0, used = 0, available = 0; // kilobytes
+    int block = 0;                                   // of its file system, 0: newfs refuses
 };
 
 enum class Health { well, predicted, warned, failed, silent };
 struct Disk {
     std::string name, serial, model, firmware;
-    std::uint64_t bytes = 0;
     bool there = true, ssd = false, usb = false;
     bool ata = true; // answers as an ATA disk does
-    int rpm = 7200, bus = 0, temperature = 30;
-    int cylinders = 1000, heads = 16, track = 63;
+    std::uint64_t gigabytes = 0;
+    int rpm = 7200, bus = 0, temperature = 30, cylinders = 1000;
     Health health = Health::well;
     std::vector<Partition> partitions = {};
 };
@@ -104,16 +121,15 @@ struct Drive {
     int enclosure = 0, slot = 0;
     bool there = true;
     std::string state, serial, model, firmware, type, wwn = {};
-    int device_id = 0;
-    std::int64_t megabytes = 0;
+    int device_id = 0, megabytes = 0;
     Health health = Health::well; // MegaRAID, as smartctl tells it
 };
 
 struct Volume {
     int id = 0;
     std::string state, level, name;
-    std::int64_t megabytes = 0;
-    std::vector<int> members = {}; // places of drives
+    int megabytes = 0;
+    std::vector<std::size_t> members = {}; // places of drives
 };
 
 enum class Kind { sas_it, sas_ir, megaraid, card };
@@ -125,7 +141,7 @@ struct Controller {
     std::vector<Volume> volumes = {};
 
     bool isSas() const {
-        return kind == Kind::sas_it || kind == Kind::sas_ir;
+        return kind <= Kind::sas_ir;
     }
 };
 
@@ -154,7 +170,7 @@ struct World {
     std::string host = "server";
     std::vector<std::string> name_servers;
     std::vector<Nic> nics;
-    std::string gateway4, gateway4_nic, gateway6, gateway6_nic;
+    std::string gateway4_nic, gateway6_nic;
     std::vector<Disk> disks;
     std::vector<Controller> controllers;
     std::vector<Rste> volumes;
@@ -162,15 +178,15 @@ struct World {
     std::map<std::string, int> drive_map; // serial to slot
     std::array<std::int64_t, 5> ticks = {1000, 0, 500, 100, 90000};
     std::uint64_t physical = 8ULL << 30, inactive = 1ULL << 30, free = 2ULL << 30;
-    std::uint64_t version = 1; // rises with every change
-
-    bool showsVolumes() const {
-        return !volumes.empty();
-    }
 };
 
+World makeWorld(std::uint64_t seed);
+// Counters rise, memory is taken and given back.
+void liveOn(World& world, Dice& dice);
+// One of the things that happen to a server. Tells it, or nothing when it doesn't apply.
+std::string changeWorld(World& world, Dice& dice);
+
 std::vector<Route> routesOf(const World& world);
-const char* osName();
 std::string osVersion(const World& world);
 // Vendor and model of an adapter by the driver of the device.
 std::pair<std::string, std::string> adapterOf(const std::string& device);
@@ -186,9 +202,6 @@ struct Printed {
 std::optional<Printed> answer(const World& world, const std::string& command);
 Printed networkAnswer(const World& world, const std::string& command);
 Printed diskAnswer(const World& world, const std::string& program, const std::string& command);
-Printed sas3ircuAnswer(const World& world, const std::string& command);
-Printed storcliAnswer(const World& world, const std::string& command);
-Printed smartAnswer(const World& world, const std::string& device, bool attributes);
 
 // The names in /dev, sorted.
 std::vector<std::string> devNames(const World& world);
