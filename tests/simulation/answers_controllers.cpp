@@ -7,11 +7,6 @@ namespace {
 
 const std::string RULE = std::string(72, '-') + "\n";
 
-template <class Value>
-std::string field(const char* label, const Value& value) {
-    return format("  %-40s: ", label) + say("{}\n", value);
-}
-
 // The word of a state with its code, as "Optimal (OPT)".
 std::string coded(const std::string& state) {
     return say("{} ({})", state, state.substr(0, 3));
@@ -19,52 +14,49 @@ std::string coded(const std::string& state) {
 
 std::string sasDrive(const Drive& drive) {
     const bool bare = drive.state == "Missing" || drive.state == "Standby";
-    return "Device is a Hard disk\n" + field("Enclosure #", drive.enclosure) +
-           field("Slot #", drive.slot) + field("SAS Address", "4433221-1-0200-0000") +
-           field("State", coded(drive.state)) +
-           (bare ? "" : field("Size (in MB)/(in sectors)", say("{}/75014", drive.megabytes))) +
-           field("Manufacturer", "ATA     ") + (bare ? "" : field("Model Number", drive.model)) +
-           (bare ? "" : field("Firmware Revision", drive.firmware)) +
-           field("Serial No", drive.serial) + field("Unit Serial No(VPD)", "VPD" + drive.serial) +
-           field("Protocol", "SATA") + field("Drive Type", drive.type) + "\n";
+    const std::string size = say("  Size (in MB)/(in sectors)   : {}/75014\n", drive.megabytes);
+    const std::string model =
+        say("  Model Number     : {}\n  Firmware Revision     : {}\n", drive.model, drive.firmware);
+    return say(
+        "Device is a Hard disk\n  Enclosure #     : {}\n  Slot #     : {}\n  SAS Address   : "
+        "4433221-1-0200-0000\n  State     : {}\n{}  Manufacturer     : ATA     \n{}"
+        "  Serial No     : {}\n  Unit Serial No(VPD)  : VPD{}\n  Drive Type    : {}\n\n",
+        drive.enclosure, drive.slot, coded(drive.state), bare ? "" : size, bare ? "" : model,
+        drive.serial, drive.serial, drive.type);
 }
 
 std::string sasVolume(const Controller& controller, const Volume& volume, int title) {
-    std::string text = say("IR volume {}\n", title) + field("Volume ID", volume.id) +
-                       field("Status of volume", coded(volume.state)) +
-                       field("Volume wwid", "09cbec37412b0bc7") + field("RAID level", volume.level);
-    if (volume.level != "Unknown")
-        text += field("Size (in MB)", volume.megabytes);
-    text += field("Physical hard disks", "");
+    std::string text =
+        say("IR volume {}\n  Volume ID     : {}\n  Status of volume     : {}\n  Volume wwid     : "
+            "09cbec37412b0bc7\n  RAID level      : {}\n{}  Physical hard disks      : \n",
+            title, volume.id, coded(volume.state), volume.level,
+            volume.level == "Unknown" ? "" : say("  Size (in MB)  : {}\n", volume.megabytes));
     for (std::size_t i = 0; i < volume.members.size(); i++) {
         const Drive& drive = controller.drives.at(volume.members[i]);
-        text += field(say("PHY[{}] Enclosure#/Slot#", i).c_str(),
-                      say("{}:{}", drive.enclosure, drive.slot));
+        text += say("  PHY[{}] Enclosure#/Slot#  : {}:{}\n", i, drive.enclosure, drive.slot);
     }
     return text;
 }
 
 std::string sasDisplay(const Controller& controller) {
-    std::string text =
-        say("Avago Technologies SAS3 IR Configuration Utility.\nVersion 17.00.00.00 (2018.04.02)"
-            "\n\nRead configuration has been initiated for controller {}\n",
-            controller.number) +
-        RULE + "Controller information\n" + RULE + field("Controller type", "SAS3008") +
-        field("BIOS version", "8.35.00.00") + field("Firmware version", "15.00.00.00") +
-        field("Channel description", "1 Serial Attached SCSI") + field("Slot", "Unknown") +
-        field("RAID Support", controller.kind == Kind::sas_ir ? "Yes" : "No") + RULE +
-        "IR Volume information\n" + RULE;
+    std::string volumes, drives;
     int title = 1;
     for (const Volume& volume : controller.volumes)
-        text += sasVolume(controller, volume, title++);
-    text += RULE + "Physical device information\n" + RULE + "Initiator at ID #0\n\n";
+        volumes += sasVolume(controller, volume, title++);
     for (const Drive& drive : controller.drives)
-        text += drive.there ? sasDrive(drive) : "";
-    return text + "Device is a Enclosure services device\n" + field("Enclosure #", 2) +
-           field("Slot #", 36) + field("State", coded("Standby")) +
-           field("Manufacturer", "PMCSIERA") + field("Serial No", "PMCSLERDC") + RULE +
-           "Enclosure information\n" + RULE + field("Enclosure#", 1) + RULE +
-           "SAS3IRCU: Command DISPLAY Completed Successfully.\n";
+        drives += drive.there ? sasDrive(drive) : "";
+    return say("Avago Technologies SAS3 IR Configuration Utility.\nVersion 17.00.00.00 (2018.04.02)"
+               "\n\nRead configuration has been initiated for controller {}\n{}Controller "
+               "information\n{}  Controller type   : SAS3008\n  BIOS version   : 8.35.00.00\n  "
+               "Firmware version   : 15.00.00.00\n  Channel description     : 1 Serial Attached "
+               "SCSI\n  Slot    : Unknown\n  RAID Support    : {}\n{}IR Volume information\n{}{}"
+               "{}Physical device information\n{}Initiator at ID #0\n\n{}Device is a Enclosure "
+               "services device\n  Enclosure #     : 2\n  Slot #    : 36\n  State    : Standby "
+               "(SBY)\n  Manufacturer    : PMCSIERA\n  Serial No    : PMCSLERDC\n{}Enclosure "
+               "information\n{}  Enclosure#    : 1\n{}SAS3IRCU: Command DISPLAY Completed "
+               "Successfully.\n",
+               controller.number, RULE, RULE, controller.kind == Kind::sas_ir ? "Yes" : "No", RULE,
+               RULE, volumes, RULE, RULE, drives, RULE, RULE, RULE);
 }
 
 Printed sasList(const World& world) {
@@ -236,10 +228,7 @@ std::optional<Printed> answer(const World& world, const std::string& command) {
         return std::nullopt;
     if (sas || program == "storcli")
         return raidAnswer(world, command, sas);
-    for (const char* other : {"ifconfig", "netstat", "pciconf", "uname", "hostname"})
-        if (program == other)
-            return networkAnswer(world, command);
-    return diskAnswer(world, program, command);
+    return systemAnswer(world, program, command);
 }
 
 } // namespace sim

@@ -1,5 +1,5 @@
-// The making of a server, what happens to it, and what goes wrong, by chance.
-#include "stage.h"
+// The making of a server, and what happens to it.
+#include "world.h"
 
 #include <algorithm>
 #include <utility>
@@ -140,22 +140,19 @@ std::string addDisk(World& world, Dice& dice) {
     return disk.name + " is new";
 }
 
-std::string swapDisks(Disk& one, Disk& other) {
-    if (!one.there || !other.there || one.usb != other.usb || one.health == Health::silent ||
-        other.health == Health::silent)
-        return "";
-    std::swap(one.serial, other.serial);
-    std::swap(one.health, other.health);
-    return one.name + " and " + other.name + " change places";
-}
-
 std::string changeDisk(World& world, Dice& dice) {
     if (world.disks.empty())
         return "";
     Disk& disk = dice.of(world.disks);
     const int what = dice.below(26);
-    if (what < 2)
-        return swapDisks(disk, dice.of(world.disks));
+    if (Disk& other = dice.of(world.disks); what < 2) {
+        if (!disk.there || !other.there || disk.usb != other.usb || disk.health == Health::silent ||
+            other.health == Health::silent)
+            return "";
+        std::swap(disk.serial, other.serial);
+        std::swap(disk.health, other.health);
+        return disk.name + " and " + other.name + " change places";
+    }
     if (what < 6 && !disk.partitions.empty()) {
         Partition& one = dice.of(disk.partitions);
         one.used = dice.between(0, static_cast<int>(one.total));
@@ -291,6 +288,14 @@ std::string changeNvme(World& world, Dice& dice) {
     return say("nvme{} changes", nvme.number);
 }
 
+void addNvme(World& world, Dice& dice, int number) {
+    Nvme nvme{number, true, newSerial(dice), "Larch DC-960 read-intensive SSD  "};
+    nvme.blocks = dice.next() >> dice.between(20, 40);
+    nvme.block_bits = dice.of<std::uint8_t>({9, 12});
+    world.nvmes.push_back(nvme);
+    changeNvme(world, dice);
+}
+
 std::string changePrograms(World& world, Dice& dice) {
     world.smartctl = dice.of({6, 7});
     world.storcli = dice.of({1, 7});
@@ -304,72 +309,7 @@ constexpr struct {
                {26, changeDisk}, {1, addDisk},        {3, changeRste},
                {4, changeNvme},  {1, changePrograms}, {29, changeController}};
 
-// ---- Faults
-
-// A program, or one of its command lines.
-std::string anyCommand(const World& world, Dice& dice) {
-    if (!world.controllers.empty() && dice.percent(40)) {
-        const Controller& one = dice.of(world.controllers);
-        return say(one.isSas() ? "sas3ircu {} display"
-                               : dice.of({"storcli /c{} show", "storcli /c{}/vall show all",
-                                          "storcli /c{}/eall/sall show all",
-                                          "storcli /c{} /eall /sall show"}),
-                   one.number);
-    }
-    if (!world.disks.empty() && dice.percent(50))
-        return say(dice.of({"smartctl -i -H -A /dev/{}", "camcontrol identify {}", "fdisk {}"}),
-                   dice.of(world.disks).name);
-    return dice.of({"ifconfig",     "netstat",        "pciconf",
-                    "geom",         "camcontrol",     "smartctl",
-                    "fdisk",        "gpart",          "df",
-                    "swapinfo",     "newfs",          "lspci",
-                    "graid",        "storcli",        "sas3ircu",
-                    "uname",        "netstat -rn -6", "sas3ircu list",
-                    "storcli show", "uname -r -p",    "camcontrol devlist"});
-}
-
-Fault requestFault(Dice& dice) {
-    using bmcsim::FaultKind;
-    Fault fault;
-    fault.side = Fault::request;
-    fault.first = dice.percent(40) ? 0 : dice.below(80);
-    fault.count = dice.percent(60) ? 1 : dice.between(2, 60);
-    bmcsim::Fault& order = fault.order;
-    order.kind = dice.of({FaultKind::CODE, FaultKind::SILENT, FaultKind::LATE, FaultKind::SHORT,
-                          FaultKind::LONG, FaultKind::DROP});
-    order.target = dice.of<bmcsim::Target>({{}, {4, 2}, {4, 2}, {6, 0x58}, {0x0A, 0x48}});
-    if (order.kind == FaultKind::CODE)
-        order.answer = {dice.of<std::uint8_t>({0xC0, 0xC1, 0xC3, 0xC7, 0xCB, 0xD5, 0xFF, 0x80})};
-    order.argument = static_cast<std::uint32_t>(
-        order.kind == FaultKind::SHORT ? dice.below(4) : dice.between(20, 200));
-    fault.what = say("{}, {} requests from {} on", faultText(order), fault.count, fault.first);
-    return fault;
-}
-
 } // namespace
-
-Fault makeFault(const World& world, Dice& dice) {
-    Fault fault;
-    const int kind = dice.below(100);
-    if (kind >= 80)
-        return requestFault(dice);
-    if (kind < 60) {
-        fault.what = dice.of({"missing", "not started", "hung", "cut", "garbage", "prints nothing",
-                              "fails", "fails with text"});
-        fault.target = dice.percent(6) ? "" : anyCommand(world, dice);
-        if (fault.what == "missing")
-            fault.target.erase(std::min(fault.target.find(' '), fault.target.size()));
-        return fault;
-    }
-    fault.side = Fault::kernel;
-    fault.what =
-        dice.of({"file", "row gone", "row error", "row count", "addresses", "ticks", "memory",
-                 "host name", "nvme open", "nvme call", "nvme status", "folders"});
-    if (fault.what == "file")
-        fault.target = dice.of({"", "/etc/resolv.conf", "/opt/norvik/vyn.ini"});
-    fault.number = fault.what[0] == 'n' ? dice.below(12) : dice.of(world.nics).row;
-    return fault;
-}
 
 std::string changeWorld(World& world, Dice& dice) {
     int at = dice.below(92);
@@ -388,18 +328,6 @@ void liveOn(World& world, Dice& dice) {
         for (std::uint64_t& counter : nic.counters)
             counter += dice.next() % 60000000;
 }
-
-namespace {
-
-void addNvme(World& world, Dice& dice, int number) {
-    Nvme nvme{number, true, newSerial(dice), "Larch DC-960 read-intensive SSD  "};
-    nvme.blocks = dice.next() >> dice.between(20, 40);
-    nvme.block_bits = dice.of<std::uint8_t>({9, 12});
-    world.nvmes.push_back(nvme);
-    changeNvme(world, dice);
-}
-
-} // namespace
 
 World makeWorld(std::uint64_t seed) {
     Dice dice(seed, 0, 0);

@@ -28,7 +28,7 @@ std::vector<Item> rsteItems(const World& world);
 std::vector<std::string> nvmeRecords(const World& world);
 
 // Every empty field between two separators as N/A.
-std::string filled(const std::string& text, const char* separators);
+std::string filled(std::string text, std::string_view separators);
 std::string join(const std::vector<std::string>& fields, const char* separator);
 
 constexpr std::size_t LAN_MOST = 31, USAGE_MOST = 32;

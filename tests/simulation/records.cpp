@@ -2,19 +2,16 @@
 #include "oracle.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace sim {
 
-std::string filled(const std::string& text, const char* separators) {
-    const std::string_view set = separators;
-    std::string result;
-    for (const char character : text) {
-        const bool both = !result.empty() && set.find(character) != std::string_view::npos &&
-                          set.find(result.back()) != std::string_view::npos;
-        result += both ? "N/A" : "";
-        result += character;
-    }
-    return result;
+std::string filled(std::string text, std::string_view separators) {
+    const auto parts = [&](char one) { return separators.find(one) != std::string_view::npos; };
+    for (std::size_t at = 1; at < text.size(); at++)
+        if (parts(text[at - 1]) && parts(text[at]))
+            text.insert(at, "N/A");
+    return text;
 }
 
 std::string join(const std::vector<std::string>& fields, const char* separator) {
@@ -52,19 +49,23 @@ std::string indexText(int index) {
 
 Item onboardItem(const World& world, const Disk& disk, const std::string& rest, int index) {
     const bool silent = disk.usb || disk.health == Health::silent;
-    Item item;
-    item.family = ONBOARD;
-    item.key = "/dev/" + disk.name;
-    item.state = silent ? "N/A" : HEALTH_WORDS[static_cast<int>(disk.health)];
-    item.index = index;
-    item.mapped = world.drive_map.count(disk.serial) != 0 && !disk.usb;
-    item.text = record("HD",
-                       say("{}:{}:{}:{}", item.key, item.state, disk.usb ? "" : disk.serial,
-                           disk.usb ? "" : disk.firmware),
-                       indexText(index) + rest);
-    item.listed_by = {"geom disk list", "camcontrol identify " + disk.name};
-    item.state_by = "smartctl -i -H -A " + item.key;
-    return item;
+    const std::string key = "/dev/" + disk.name;
+    const std::string state = silent ? "N/A" : HEALTH_WORDS[static_cast<int>(disk.health)];
+    const std::string text = record(
+        "HD",
+        say("{}:{}:{}:{}", key, state, disk.usb ? "" : disk.serial, disk.usb ? "" : disk.firmware),
+        indexText(index) + rest);
+    return {text,
+            ONBOARD,
+            key,
+            state,
+            index,
+            0,
+            0,
+            0,
+            {"geom disk list", "camcontrol identify " + disk.name},
+            "smartctl -i -H -A " + key,
+            world.drive_map.count(disk.serial) != 0 && !disk.usb};
 }
 
 Item diskItem(const World& world, const Disk& disk) {
@@ -128,17 +129,6 @@ std::string sasHealth(const std::string& state) {
     return found == words.end() ? "" : found->second;
 }
 
-Item driveItem(Family family, int controller, const Drive& drive, const std::string& state) {
-    Item item;
-    item.family = family;
-    item.key = place(controller, drive);
-    item.state = state;
-    item.controller = controller;
-    item.enclosure = drive.enclosure;
-    item.slot = drive.slot;
-    return item;
-}
-
 // `index`: how many of the kind come before.
 void addSas(std::vector<Item>& items, const Controller& controller, int index) {
     const bool ir = controller.kind == Kind::sas_ir;
@@ -157,14 +147,14 @@ void addSas(std::vector<Item>& items, const Controller& controller, int index) {
             continue;
         const std::string state = replaced(drive.state, "");
         const bool bare = state == "Missing" || state == "Standby";
-        Item item = driveItem(ir ? RAID : IT, index, drive, state);
-        item.text = record(ir ? "BRCM_IR_PD" : "BRCM_IT_PD", row++,
-                           say(":{}:{}:{}:{}", bare ? state : sasHealth(state), state, drive.serial,
-                               bare ? "" : drive.firmware),
-                           item.key, drive.type.substr(5), "",
-                           "ATA " + (bare ? "" : replaced(drive.model, "")),
-                           bare ? "" : hundredths(drive.megabytes));
-        items.push_back(item);
+        const std::string key = place(index, drive);
+        items.push_back(
+            {record(ir ? "BRCM_IR_PD" : "BRCM_IT_PD", row++,
+                    say(":{}:{}:{}:{}", bare ? state : sasHealth(state), state, drive.serial,
+                        bare ? "" : drive.firmware),
+                    key, drive.type.substr(5), "", "ATA " + (bare ? "" : replaced(drive.model, "")),
+                    bare ? "" : hundredths(drive.megabytes)),
+             ir ? RAID : IT, key, state, -1, index, drive.enclosure, drive.slot});
     }
 }
 
@@ -191,14 +181,14 @@ void addCard(std::vector<Item>& items, const Controller& card, int index) {
     for (const Drive& drive : card.drives) {
         if (!drive.there)
             continue;
-        Item item = driveItem(RAID, card.number, drive, drive.state);
         const bool bad = drive.state == "UBad" || drive.state == "UBUnsp";
-        item.text = record("BRCM_IR_PD", row++,
-                           say("{}:{}:{}:{}:{}", drive.wwn, bad ? "Fail" : "OK", drive.state,
-                               drive.serial, drive.firmware),
-                           item.key, drive.type, "", replaced(drive.model, "_"),
-                           format("%d.%02d", drive.megabytes / 1024, drive.megabytes % 100));
-        items.push_back(item);
+        const std::string key = place(card.number, drive);
+        items.push_back({record("BRCM_IR_PD", row++,
+                                say("{}:{}:{}:{}:{}", drive.wwn, bad ? "Fail" : "OK", drive.state,
+                                    drive.serial, drive.firmware),
+                                key, drive.type, "", replaced(drive.model, "_"),
+                                format("%d.%02d", drive.megabytes / 1024, drive.megabytes % 100)),
+                         RAID, key, drive.state, -1, card.number, drive.enclosure, drive.slot});
     }
 }
 
@@ -273,13 +263,10 @@ std::vector<Item> rsteItems(const World& world) {
 namespace {
 
 std::string counterAt(const std::array<std::uint8_t, 512>& health, std::size_t at) {
-    std::uint64_t low = 0, high = 0;
-    for (std::size_t i = 8; i > 0; i--) {
-        low = low << 8 | health.at(at + i - 1);
-        high = high << 8 | health.at(at + 8 + i - 1);
-    }
-    const std::uint64_t most = INT64_MAX;
-    return std::to_string(high != 0 || low > most ? most : low);
+    std::uint64_t low = 0, high = 0; // little-endian, as this machine is
+    std::memcpy(&low, &health.at(at), 8);
+    std::memcpy(&high, &health.at(at + 8), 8);
+    return std::to_string(high != 0 ? INT64_MAX : std::min<std::uint64_t>(low, INT64_MAX));
 }
 
 } // namespace

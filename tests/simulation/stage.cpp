@@ -37,8 +37,6 @@ namespace {
 int looks_left = 0; // of a worker at the stop flag, before it is set
 } // namespace
 
-std::unique_ptr<shm> stop_shm, pause_shm, cur_pause_shm;
-shm::~shm() = default;
 int getStopFlag() {
     return looks_left-- > 0 ? 0 : 1;
 }
@@ -197,7 +195,72 @@ std::chrono::steady_clock::time_point now() {
                                                  std::chrono::seconds(stage.seconds));
 }
 
+// ---- Faults
+
+// A program, or one of its command lines.
+std::string anyCommand(const World& world, Dice& dice) {
+    if (!world.controllers.empty() && dice.percent(40)) {
+        const Controller& one = dice.of(world.controllers);
+        return say(one.isSas() ? "sas3ircu {} display"
+                               : dice.of({"storcli /c{} show", "storcli /c{}/vall show all",
+                                          "storcli /c{}/eall/sall show all",
+                                          "storcli /c{} /eall /sall show"}),
+                   one.number);
+    }
+    if (!world.disks.empty() && dice.percent(50))
+        return say(dice.of({"smartctl -i -H -A /dev/{}", "camcontrol identify {}", "fdisk {}"}),
+                   dice.of(world.disks).name);
+    return dice.of({"ifconfig",     "netstat",        "pciconf",
+                    "geom",         "camcontrol",     "smartctl",
+                    "fdisk",        "gpart",          "df",
+                    "swapinfo",     "newfs",          "lspci",
+                    "graid",        "storcli",        "sas3ircu",
+                    "uname",        "netstat -rn -6", "sas3ircu list",
+                    "storcli show", "uname -r -p",    "camcontrol devlist"});
+}
+
+Fault requestFault(Dice& dice) {
+    using bmcsim::FaultKind;
+    Fault fault;
+    fault.side = Fault::request;
+    fault.first = dice.percent(40) ? 0 : dice.below(80);
+    fault.count = dice.percent(60) ? 1 : dice.between(2, 60);
+    bmcsim::Fault& order = fault.order;
+    order.kind = dice.of({FaultKind::CODE, FaultKind::SILENT, FaultKind::LATE, FaultKind::SHORT,
+                          FaultKind::LONG, FaultKind::DROP});
+    order.target = dice.of<bmcsim::Target>({{}, {4, 2}, {4, 2}, {6, 0x58}, {0x0A, 0x48}});
+    if (order.kind == FaultKind::CODE)
+        order.answer = {dice.of<std::uint8_t>({0xC0, 0xC1, 0xC3, 0xC7, 0xCB, 0xD5, 0xFF, 0x80})};
+    order.argument = static_cast<std::uint32_t>(
+        order.kind == FaultKind::SHORT ? dice.below(4) : dice.between(20, 200));
+    fault.what = say("{}, {} requests from {} on", faultText(order), fault.count, fault.first);
+    return fault;
+}
+
 } // namespace
+
+Fault makeFault(const World& world, Dice& dice) {
+    Fault fault;
+    const int kind = dice.below(100);
+    if (kind >= 80)
+        return requestFault(dice);
+    if (kind < 60) {
+        fault.what = dice.of({"missing", "not started", "hung", "cut", "garbage", "prints nothing",
+                              "fails", "fails with text"});
+        fault.target = dice.percent(6) ? "" : anyCommand(world, dice);
+        if (fault.what == "missing")
+            fault.target.erase(std::min(fault.target.find(' '), fault.target.size()));
+        return fault;
+    }
+    fault.side = Fault::kernel;
+    fault.what =
+        dice.of({"file", "row gone", "row error", "row count", "addresses", "ticks", "memory",
+                 "host name", "nvme open", "nvme call", "nvme status", "folders"});
+    if (fault.what == "file")
+        fault.target = dice.of({"", "/etc/resolv.conf", "/opt/norvik/vyn.ini"});
+    fault.number = fault.what[0] == 'n' ? dice.below(12) : dice.of(world.nics).row;
+    return fault;
+}
 
 void setStage() {
     tools = {run, readFile, listFolder, now};

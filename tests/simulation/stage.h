@@ -74,26 +74,4 @@ bool readable(const std::string& path);
 // Lets the BMC's restart monitor look once.
 void lookForRestart();
 
-// ---- Histories
-
-// Something that happens before a pass: a change of the world, or a fault that begins.
-using Step = std::pair<int, int>; // pass and number
-
-struct Script {
-    std::uint64_t seed = 1;
-    int passes = 50;
-    bool tracing = false;
-    std::set<Step> left_out = {};
-};
-
-struct Outcome {
-    int passes = 0;                    // that were played
-    std::string flaw;                  // of the last one
-    std::size_t settled = 0, kept = 0; // blocks of memory, at pass 1000 and at the end
-    std::vector<std::pair<Step, std::string>> steps = {};
-};
-
-// Plays a history in this process, whose agent must be as a process has it at its start: once.
-Outcome play(const Script& script);
-
 } // namespace sim

@@ -200,8 +200,7 @@ struct Printed {
     std::string text;
 };
 std::optional<Printed> answer(const World& world, const std::string& command);
-Printed networkAnswer(const World& world, const std::string& command);
-Printed diskAnswer(const World& world, const std::string& program, const std::string& command);
+Printed systemAnswer(const World& world, const std::string& program, const std::string& command);
 
 // The names in /dev, sorted.
 std::vector<std::string> devNames(const World& world);

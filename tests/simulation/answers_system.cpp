@@ -1,11 +1,91 @@
-// What geom, camcontrol, gpart, fdisk, df, swapinfo, newfs, lspci, smartctl and graid print.
+// What the programs of the system print, smartctl and lspci.
 #include "world.h"
 
 #include <algorithm>
 
 namespace sim {
 
+const std::vector<Medium> MEDIA = {
+    {"autoselect (1000baseT <full-duplex>)", "autoselect", 1000, 0},
+    {"autoselect (10Gbase-T <full-duplex>)", "autoselect (none)", 10240, 0},
+    {"10Gbase-LR <full-duplex,rxpause>", "10Gbase-LR <full-duplex,rxpause>", 10240, 10240},
+    {"10baseT/UTP", "10baseT/UTP", 10, 10},
+    {"autoselect (100GBase-SR4 <full-duplex,rxpause>)", "autoselect", 102400, 0},
+    {"autoselect (2500Base-T <full-duplex>)", "autoselect", 2500, 0},
+    {"autoselect (40Gbase-CR4 <full-duplex>)", "autoselect", 40960, 0},
+    {"autoselect (25GBase-SR <full-duplex>)", "autoselect", 25600, 0},
+    {"autoselect <full-duplex> (100baseTX <full-duplex>)", "autoselect", 100, 0},
+    {"autoselect (Quantum-9 <full-duplex>)", "autoselect", 0, 0}};
+
 namespace {
+
+std::string flagsOf(const World& world, const Nic& nic) {
+    const bool lower_up = world.release >= 14 && nic.up;
+    return format(
+        "%s: flags=%x<%sBROADCAST,%sSIMPLEX,MULTICAST%s> metric 0 mtu 1500\n", nic.name.c_str(),
+        0x8802U | (nic.up ? 0x41U : 0) | (nic.loopback ? 8U : 0) | (lower_up ? 0x1000000U : 0),
+        nic.up ? "UP," : "", nic.loopback ? "LOOPBACK," : "", lower_up ? ",LOWER_UP" : "");
+}
+
+std::string mediumOf(const Nic& nic) {
+    if (nic.medium == nullptr)
+        return "";
+    return say("\tmedia: Ethernet {}\n\tstatus: {}\n",
+               nic.carrier ? nic.medium->linked : nic.medium->unlinked,
+               nic.carrier ? "active" : "no carrier");
+}
+
+std::string ifconfig(const World& world) {
+    const char* const end = world.release == 10 ? " \n" : "\n";
+    const std::string discovery = "\tnd6 options=29<PERFORMNUD,IFDISABLED,AUTO_LINKLOCAL>\n";
+    std::string text;
+    for (const Nic& nic : world.nics) {
+        text += flagsOf(world, nic);
+        if (nic.row % 3 == 0) // free text that looks like what is wanted
+            text += "\tdescription: status: active media: (100baseTX) inet6 ::2\n";
+        text += say("\toptions=4219b<RXCSUM,TXCSUM,VLAN_MTU,TSO4>\n\tether {}\n", nic.mac);
+        for (const auto& [address, prefix] : nic.ip4)
+            text += format("\tinet %s netmask 0x%08x broadcast 192.0.2.255%s", address.c_str(),
+                           ~0U << (32 - prefix), end);
+        for (const std::string& address : nic.ip6)
+            text += say("\tinet6 {} prefixlen 64{}", address, end);
+        if (world.release >= 14 && nic.device.empty())
+            text += "\tgroups: vlan\n\tvlan: 5 vlanproto: 802.1q parent interface: em0\n";
+        text += world.release < 14 ? discovery + mediumOf(nic) : mediumOf(nic) + discovery;
+    }
+    return text;
+}
+
+std::string netstat(const World& world, bool v6) {
+    const int width = v6 ? 34 : 19;
+    std::string text = say("Routing tables\n\nInternet{}:\n", v6 ? "6" : "");
+    const auto row = [&](auto to, auto via, const char* rest) {
+        text += format("%-*s%-*s%s\n", width, to, width, via, rest);
+    };
+    row("Destination", "Gateway", "Flags      Netif Expire");
+    for (const Route& route : routesOf(world))
+        if (route.v6 == v6) // the name is cut to the width of its column
+            row(route.to.c_str(), route.via.c_str(),
+                format("UGS    %9.8s%s", route.through.c_str(), route.to == "::/96" ? " =>" : "")
+                    .c_str());
+    return text;
+}
+
+std::string pciconf(const World& world) {
+    std::string text =
+        "hostb0@pci0:0:0:0:\tclass=0x060000 card=0x0801a0c1 rev=0x05\n    class      = bridge\n";
+    for (const Nic& nic : world.nics) {
+        if (nic.device.empty())
+            continue;
+        const auto [vendor, model] = adapterOf(nic.device);
+        text += say("{}@pci0:2:0:0:\tclass=0x020000 {}\n", nic.device,
+                    world.release < 13 ? "card=0x00008086 chip=0x10d38086 rev=0x01 hdr=0x00"
+                                       : "rev=0x01 hdr=0x00 vendor=0xa0c1 device=0x1539");
+        text += vendor.empty() ? "" : say("    vendor     = '{}'\n", vendor);
+        text += say("    device     = '{}'\n    class      = network\n", model);
+    }
+    return text;
+}
 
 std::string geomList(const World& world) {
     std::string text;
@@ -79,8 +159,7 @@ std::string usage(const World& world, Use use) {
 
 std::string newfs(const World& world, const Partition& one) {
     return say("{}/dev/{}: 110375.0MB (226048000 sectors) block size {}, fragment size 4096\n"
-               "\tusing 4 cylinder groups of 27593.03MB, 883000 blks\nsuper-block backups (for "
-               "fsck_ffs -b #) at:\n 192, 56512000\n",
+               "\tusing 4 cylinder groups of 27593.03MB, 883000 blks\n",
                world.release == 12 ? "density increased from 1 to 4096\n" : "", one.name,
                one.block);
 }
@@ -115,9 +194,8 @@ std::string graid(const World& world) {
 
 const char* const LSPCI =
     "00:00.0 Host bridge: Fabrikam Corporation X7 Memory Hub (rev 07)\n"
-    "\tCapabilities: [400] Data Link Feature <?>\n\tKernel driver in use: ata_piix\n\n"
+    "\tKernel driver in use: ata_piix\n\n"
     "00:14.0 USB controller: Fabrikam Corporation Q87 USB xHCI Host Controller #2 (rev 05)\n"
-    "\tFlags: bus master, fast devsel, latency 0\n\n"
     "00:1f.2 SATA controller: Fabrikam Corporation Q87 6-Port SATA: AHCI mode #1 (rev 05)\n";
 
 // By Health: smartctl's exit status and words.
@@ -128,11 +206,9 @@ const Printed HEALTH_ANSWERS[] = {
          "ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH\n"
          "190 Airflow_Temperature_Cel 0x0022   058   030   045    In_the_past 42\n\n"},
     {4, "SMART Status not supported: Incomplete response, ATA output registers missing\n"
-        "SMART overall-health self-assessment test result: PASSED\n"
-        "Warning: This result is based on an Attribute check.\n\n"},
+        "SMART overall-health self-assessment test result: PASSED\n\n"},
     {24, "SMART overall-health self-assessment test result: FAILED!\n"
-         "Drive failure expected in less than 24 hours. SAVE ALL DATA.\n"
-         "No failed Attributes found.\n\n"},
+         "Drive failure expected in less than 24 hours. SAVE ALL DATA.\n\n"},
     {4, "\n"}};
 
 Printed smartText(const World& world, const Disk& disk, bool attributes) {
@@ -189,15 +265,54 @@ Printed deviceAnswer(const World& world, const std::string& program, const std::
 
 } // namespace
 
+std::vector<Route> routesOf(const World& world) {
+    std::vector<Route> routes = {{true, "::/96", "::1", "lo0"}};
+    if (!world.gateway6_nic.empty())
+        routes.push_back({true, "default", "fe80::1%em0", world.gateway6_nic});
+    if (!world.gateway4_nic.empty())
+        routes.push_back({false, "default", "192.0.2.1", world.gateway4_nic});
+    for (const Nic& nic : world.nics) {
+        for (const std::string& address : nic.ip6)
+            routes.push_back({true, address, say("link#{}", nic.row), "lo0"});
+        for (const auto& ip4 : nic.ip4)
+            routes.push_back({false, ip4.first, say("link#{}", nic.row), "lo0"});
+    }
+    return routes;
+}
+
+std::string osVersion(const World& world) {
+    return say("{}.1-RELEASE{} amd64", world.release, world.release == 14 ? "-p3" : "");
+}
+
+std::pair<std::string, std::string> adapterOf(const std::string& device) {
+    if (device.compare(0, 2, "em") == 0)
+        return {"Fabrikam Corporation", "FX-14 Gigabit Network Adapter (rev 2)"};
+    if (device.compare(0, 2, "ix") == 0)
+        return {"Contoso, Ltd.", "10GbE for the owners of servers"};
+    return {"", "Device with a name only"};
+}
+
 const Disk* diskNamed(const World& world, const std::string& name) {
     const auto found = std::find_if(world.disks.begin(), world.disks.end(),
                                     [&](const Disk& disk) { return disk.name == name; });
     return found == world.disks.end() ? nullptr : &*found;
 }
 
-Printed diskAnswer(const World& world, const std::string& program, const std::string& command) {
+Printed systemAnswer(const World& world, const std::string& program, const std::string& command) {
     const std::string device = command.substr(command.find_last_of(" /") + 1);
     const char* const header = "Device             1K-blocks       Used      Avail Capacity\n";
+    if (command == "ifconfig -a")
+        return {0, ifconfig(world)};
+    if (command == "netstat -rn -4" || command == "netstat -rn -6")
+        return {0, netstat(world, command.back() == '6')};
+    if (command == "pciconf -lv")
+        return {0, pciconf(world)};
+    if (command == "uname")
+        return {0, "FreeBSD\n"};
+    if (command == "uname -r -p")
+        return {0, osVersion(world) + "\n"};
+    if (command == "hostname")
+        return {0, world.host + "\n"};
     if (program == "smartctl")
         return smartctl(world, device, command.find(" -A ") != std::string::npos);
     if (command == "geom disk list")
