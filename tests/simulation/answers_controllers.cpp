@@ -73,8 +73,6 @@ Printed sasList(const World& world) {
                                          "SAS3IRCU: Utility Completed Successfully.\n"};
 }
 
-// ---- storcli
-
 std::string preamble(const World& world, int number) {
     return say("{}Controller = {}\nStatus = Success\nDescription = None\n\n",
                world.storcli == 7 ? "CLI Version = 007.1211 Nov 07, 2019\nOperating system = BSD\n"

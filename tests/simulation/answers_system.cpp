@@ -58,16 +58,21 @@ std::string ifconfig(const World& world) {
 
 std::string netstat(const World& world, bool v6) {
     const int width = v6 ? 34 : 19;
-    std::string text = say("Routing tables\n\nInternet{}:\n", v6 ? "6" : "");
-    const auto row = [&](auto to, auto via, const char* rest) {
-        text += format("%-*s%-*s%s\n", width, to, width, via, rest);
+    std::string text = v6 ? "Routing tables\n\nInternet6:\n" : "Routing tables\n\nInternet:\n";
+    const auto row = [&](const std::string& to, const std::string& via, const std::string& nic) {
+        if (!nic.empty()) // it is cut to the width of its column
+            text += format("%-*s%-*sUGS    %9.8s%s\n", width, to.c_str(), width, via.c_str(),
+                           nic.c_str(), to == "::/96" ? " =>" : "");
     };
-    row("Destination", "Gateway", "Flags      Netif Expire");
-    for (const Route& route : routesOf(world))
-        if (route.v6 == v6) // the name is cut to the width of its column
-            row(route.to.c_str(), route.via.c_str(),
-                format("UGS    %9.8s%s", route.through.c_str(), route.to == "::/96" ? " =>" : "")
-                    .c_str());
+    row("Destination", "Gateway", "Netif");
+    row("default", v6 ? GATEWAY6 : GATEWAY4, v6 ? world.gateway6_nic : world.gateway4_nic);
+    row("::/96", "::1", v6 ? "lo0" : "");
+    for (const Nic& nic : world.nics) {
+        for (const std::string& address : nic.ip6)
+            row(address, say("link#{}", nic.row), v6 ? "lo0" : "");
+        for (const auto& ip4 : nic.ip4)
+            row(ip4.first, say("link#{}", nic.row), v6 ? "" : "lo0");
+    }
     return text;
 }
 
@@ -147,7 +152,8 @@ std::string gpart(const World& world) {
 
 // The rows of df or of swapinfo.
 std::string usage(const World& world, Use use) {
-    std::string text;
+    std::string text = "Device             1K-blocks       Used      Avail Capacity\n"
+                       "zroot/ROOT/ada0p1     213651       8123     205527     4%    /\n";
     for (const Disk& disk : world.disks)
         for (const Partition& one : disk.partitions)
             if (disk.there && one.use == use)
@@ -176,9 +182,8 @@ std::string graid(const World& world) {
     std::string text;
     for (const Rste& volume : world.volumes) {
         text += say("Geom name: {}\nState: {}\nMetadata: Intel\nProviders:\n1. Name: {}\n"
-                    "   Mediasize: 536866816 (512M)\n   Mode: r0w0e0\n   Dirty: No\n   State: {}\n"
-                    "   Strip: 131072\n   Components: {}\n   Transformation: RAID{}\n"
-                    "   RAIDLevel: RAID{}\n   Label: vol0\nConsumers:\n",
+                    "   Mediasize: 536866816 (512M)\n   State: {}\n   Components: {}\n"
+                    "   Transformation: RAID{}\n   RAIDLevel: RAID{}\nConsumers:\n",
                     volume.geom, volume.state, volume.provider, volume.state, volume.members.size(),
                     volume.level, volume.level);
         int place = 0;
@@ -206,7 +211,8 @@ const Printed HEALTH_ANSWERS[] = {
          "ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH\n"
          "190 Airflow_Temperature_Cel 0x0022   058   030   045    In_the_past 42\n\n"},
     {4, "SMART Status not supported: Incomplete response, ATA output registers missing\n"
-        "SMART overall-health self-assessment test result: PASSED\n\n"},
+        "SMART overall-health self-assessment test result: PASSED\n"
+        "Warning: This result is based on an Attribute check.\n\n"},
     {24, "SMART overall-health self-assessment test result: FAILED!\n"
          "Drive failure expected in less than 24 hours. SAVE ALL DATA.\n\n"},
     {4, "\n"}};
@@ -265,21 +271,6 @@ Printed deviceAnswer(const World& world, const std::string& program, const std::
 
 } // namespace
 
-std::vector<Route> routesOf(const World& world) {
-    std::vector<Route> routes = {{true, "::/96", "::1", "lo0"}};
-    if (!world.gateway6_nic.empty())
-        routes.push_back({true, "default", "fe80::1%em0", world.gateway6_nic});
-    if (!world.gateway4_nic.empty())
-        routes.push_back({false, "default", "192.0.2.1", world.gateway4_nic});
-    for (const Nic& nic : world.nics) {
-        for (const std::string& address : nic.ip6)
-            routes.push_back({true, address, say("link#{}", nic.row), "lo0"});
-        for (const auto& ip4 : nic.ip4)
-            routes.push_back({false, ip4.first, say("link#{}", nic.row), "lo0"});
-    }
-    return routes;
-}
-
 std::string osVersion(const World& world) {
     return say("{}.1-RELEASE{} amd64", world.release, world.release == 14 ? "-p3" : "");
 }
@@ -300,37 +291,28 @@ const Disk* diskNamed(const World& world, const std::string& name) {
 
 Printed systemAnswer(const World& world, const std::string& program, const std::string& command) {
     const std::string device = command.substr(command.find_last_of(" /") + 1);
-    const char* const header = "Device             1K-blocks       Used      Avail Capacity\n";
-    if (command == "ifconfig -a")
-        return {0, ifconfig(world)};
-    if (command == "netstat -rn -4" || command == "netstat -rn -6")
-        return {0, netstat(world, command.back() == '6')};
-    if (command == "pciconf -lv")
-        return {0, pciconf(world)};
-    if (command == "uname")
-        return {0, "FreeBSD\n"};
-    if (command == "uname -r -p")
-        return {0, osVersion(world) + "\n"};
-    if (command == "hostname")
-        return {0, world.host + "\n"};
     if (program == "smartctl")
         return smartctl(world, device, command.find(" -A ") != std::string::npos);
-    if (command == "geom disk list")
-        return {0, geomList(world)};
-    if (command == "camcontrol devlist")
-        return {0, devlist(world)};
-    if (program == "camcontrol" || program == "fdisk" || program == "newfs")
+    if (program == "fdisk" || program == "newfs" || command.rfind("camcontrol identify", 0) == 0)
         return deviceAnswer(world, program, device);
-    if (command == "gpart show -p")
-        return {0, gpart(world)};
-    if (command == "df -k -l")
-        return {0, header + say("zroot/ROOT/ada0p1 213651 8123 205527     4%    /\n{}",
-                                usage(world, Use::mounted))};
-    if (command == "swapinfo -k")
-        return {0, header + usage(world, Use::swap) + "Total  4194304 36864 4157440     1%\n"};
-    if (command == "graid list")
-        return {0, graid(world)};
-    return command == "lspci -v" ? Printed{0, LSPCI} : Printed{64, ""};
+    using Row = std::string (*)(const World& world);
+    static const std::map<std::string, Row> answers = {
+        {"ifconfig -a", ifconfig},
+        {"netstat -rn -4", [](const World& of) { return netstat(of, false); }},
+        {"netstat -rn -6", [](const World& of) { return netstat(of, true); }},
+        {"pciconf -lv", pciconf},
+        {"hostname", [](const World& of) { return of.host + "\n"; }},
+        {"uname", [](const World&) { return std::string("FreeBSD\n"); }},
+        {"uname -r -p", [](const World& of) { return osVersion(of) + "\n"; }},
+        {"geom disk list", geomList},
+        {"camcontrol devlist", devlist},
+        {"gpart show -p", gpart},
+        {"df -k -l", [](const World& of) { return usage(of, Use::mounted); }},
+        {"swapinfo -k", [](const World& of) { return usage(of, Use::swap); }},
+        {"graid list", graid},
+        {"lspci -v", [](const World&) { return std::string(LSPCI); }}};
+    const auto found = answers.find(command);
+    return found == answers.end() ? Printed{64, ""} : Printed{0, found->second(world)};
 }
 
 std::vector<std::string> devNames(const World& world) {

@@ -19,8 +19,6 @@ int freeNumber(const List& list, Number number, int low, int high, Dice& dice) {
     }
 }
 
-// ---- Network
-
 std::string address4(Dice& dice) {
     return format("198.%d.%d.%d", dice.between(18, 19), dice.below(250), dice.between(1, 250));
 }
@@ -34,7 +32,7 @@ void giveAddresses(Nic& nic, Dice& dice) {
     for (int i = dice.below(3) * many; i > 0; i--)
         nic.ip6.push_back(dice.percent(50)
                               ? format("fe80::%x%%%s", dice.between(1, 60000), nic.name.c_str())
-                              : format("2001:db8:%x::", dice.between(1, 60000)));
+                              : format("2001:db8:%x:%x::", nic.row, dice.between(1, 60000)));
 }
 
 bool nameTaken(const World& world, const std::string& name) {
@@ -99,8 +97,6 @@ std::string changeRoutes(World& world, Dice& dice) {
     return "routes or name servers change";
 }
 
-// ---- Onboard disks
-
 std::string newSerial(Dice& dice) {
     return format("SN%08X", static_cast<unsigned>(dice.next()));
 }
@@ -112,11 +108,8 @@ std::string addDisk(World& world, Dice& dice) {
     const int unit = static_cast<int>(world.disks.size());
     disk.usb = dice.percent(8);
     disk.ata = disk.usb || !dice.percent(8);
-    disk.name = say("{}{}",
-                    disk.usb   ? "da"
-                    : disk.ata ? "ada"
-                               : dice.of({"cd", "nda", "da"}),
-                    unit);
+    const char* const other = dice.of({"cd", "nda", "da"});
+    disk.name = say("{}{}", disk.usb ? "da" : disk.ata ? "ada" : other, unit);
     disk.serial = newSerial(dice);
     disk.model = dice.of({"Contoso Vault SSD 120", "Fabrikam FX1000-AA"});
     disk.firmware = say("F{}.{}", dice.below(9), dice.below(9));
@@ -169,8 +162,6 @@ std::string changeDisk(World& world, Dice& dice) {
         disk.serial = newSerial(dice);
     return disk.name + (disk.there ? " comes" : " is pulled");
 }
-
-// ---- Drives behind controllers
 
 std::string addDrive(Controller& controller, Dice& dice) {
     const bool sas = controller.isSas();
@@ -251,8 +242,6 @@ void addController(World& world, Dice& dice, Kind kind, int number) {
     }
     world.controllers.push_back(controller);
 }
-
-// ---- Software volumes, NVMe, programs
 
 std::string changeRste(World& world, Dice& dice) {
     if (!world.volumes.empty() && dice.percent(70)) {

@@ -100,8 +100,6 @@ Item partitionItem(const Partition& one) {
     return {record("PT", say("/dev/{}:{}:{}:", one.name, amounts, block))};
 }
 
-// ---- Controllers
-
 std::string hundredths(int megabytes) {
     return format("%d.%02d", megabytes / 1024, megabytes % 1024 * 100 / 1024);
 }
@@ -192,6 +190,13 @@ void addCard(std::vector<Item>& items, const Controller& card, int index) {
     }
 }
 
+std::string counterAt(const std::array<std::uint8_t, 512>& health, std::size_t at) {
+    std::uint64_t low = 0, high = 0; // little-endian, as this machine is
+    std::memcpy(&low, &health.at(at), 8);
+    std::memcpy(&high, &health.at(at + 8), 8);
+    return std::to_string(high != 0 ? INT64_MAX : std::min<std::uint64_t>(low, INT64_MAX));
+}
+
 // Those of the controllers of some kinds. Who lists them is asked by `form`.
 void addControllers(std::vector<Item>& items, const World& world, Kind first, Kind last,
                     void (*add)(std::vector<Item>& items, const Controller& one, int index),
@@ -257,19 +262,6 @@ std::vector<Item> rsteItems(const World& world) {
     }
     return items;
 }
-
-// ---- NVMe
-
-namespace {
-
-std::string counterAt(const std::array<std::uint8_t, 512>& health, std::size_t at) {
-    std::uint64_t low = 0, high = 0; // little-endian, as this machine is
-    std::memcpy(&low, &health.at(at), 8);
-    std::memcpy(&high, &health.at(at + 8), 8);
-    return std::to_string(high != 0 ? INT64_MAX : std::min<std::uint64_t>(low, INT64_MAX));
-}
-
-} // namespace
 
 std::vector<std::string> nvmeRecords(const World& world) {
     std::map<std::string, std::string> records; // by name, as a folder lists them

@@ -135,9 +135,10 @@ void letHappen(History& history, int change_percent, int fault_percent) {
         if (history.script.left_out.count({stage.pass, number}) != 0)
             continue;
         const std::string what = happen(history, dice, number > changes);
+        if (what.empty())
+            continue;
         note("  " + what);
-        if (!what.empty())
-            std::fprintf(history.told, "%d %d %s\n", stage.pass, number, what.c_str());
+        std::fprintf(history.told, "%d %d %s\n", stage.pass, number, what.c_str());
     }
 }
 

@@ -195,8 +195,6 @@ std::chrono::steady_clock::time_point now() {
                                                  std::chrono::seconds(stage.seconds));
 }
 
-// ---- Faults
-
 // A program, or one of its command lines.
 std::string anyCommand(const World& world, Dice& dice) {
     if (!world.controllers.empty() && dice.percent(40)) {
@@ -210,13 +208,12 @@ std::string anyCommand(const World& world, Dice& dice) {
     if (!world.disks.empty() && dice.percent(50))
         return say(dice.of({"smartctl -i -H -A /dev/{}", "camcontrol identify {}", "fdisk {}"}),
                    dice.of(world.disks).name);
-    return dice.of({"ifconfig",     "netstat",        "pciconf",
-                    "geom",         "camcontrol",     "smartctl",
-                    "fdisk",        "gpart",          "df",
-                    "swapinfo",     "newfs",          "lspci",
-                    "graid",        "storcli",        "sas3ircu",
-                    "uname",        "netstat -rn -6", "sas3ircu list",
-                    "storcli show", "uname -r -p",    "camcontrol devlist"});
+    auto any = bmcsim::splitText(
+        "ifconfig,netstat,pciconf,geom,camcontrol,smartctl,fdisk,gpart,df,swapinfo,newfs,lspci,"
+        "graid,storcli,sas3ircu,uname,netstat -rn -6,sas3ircu list,storcli show,uname -r -p,"
+        "camcontrol devlist",
+        ",");
+    return dice.of(any);
 }
 
 Fault requestFault(Dice& dice) {

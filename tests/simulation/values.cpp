@@ -43,18 +43,10 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// ---- Interfaces
-
 std::string gatewayOf(const World& world, const Nic& nic) {
-    for (const bool v6 : {false, true})
-        for (const Route& route : routesOf(world))
-            if (route.v6 == v6 && route.to == "default" && route.through == nic.name)
-                return route.via;
-    for (const Route& route : routesOf(world))
-        for (const std::string& address : nic.ip6)
-            if (route.to == address || route.via == address)
-                return route.via;
-    return "";
+    if (nic.name == world.gateway4_nic || nic.name == world.gateway6_nic)
+        return nic.name == world.gateway4_nic ? GATEWAY4 : GATEWAY6;
+    return nic.ip6.empty() ? "" : say("link#{}", nic.row);
 }
 
 int speedOf(const Nic& nic) {
@@ -123,8 +115,6 @@ std::string cpuText(const std::array<std::int64_t, 5>& before) {
     return format("%.2f;", static_cast<double>(static_cast<float>((all - idle) / all * 100)));
 }
 
-// ---- All that stands at the BMC
-
 // Nothing went wrong in this pass, and nothing is left alone for what went wrong before.
 bool undisturbed() {
     return stage.faults.empty() &&
@@ -179,12 +169,12 @@ std::string judgeValues(const Memory& memory) {
 
 std::string judgePass(Memory& memory) {
     std::string flaw = judgeEvents(memory);
+    if (stage.open_drives != 0)
+        stage.flaws.emplace_back("an NVMe drive is left open");
+    for (const std::string& complaint : stage.bmc.ledger.complaints)
+        stage.flaws.push_back("the BMC complains: " + complaint);
     if (flaw.empty() && !stage.flaws.empty())
         flaw = stage.flaws.front();
-    if (flaw.empty() && !stage.bmc.ledger.complaints.empty())
-        flaw = "the BMC complains: " + stage.bmc.ledger.complaints.front();
-    if (flaw.empty() && stage.open_drives != 0)
-        flaw = "an NVMe drive is left open";
     if (flaw.empty() && undisturbed())
         flaw = judgeValues(memory);
     memory.first_pass = false;

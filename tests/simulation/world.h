@@ -90,10 +90,7 @@ struct Nic {
     }
 };
 
-struct Route {
-    bool v6;
-    std::string to, via, through;
-};
+constexpr const char *GATEWAY4 = "192.0.2.1", *GATEWAY6 = "fe80::1%em0";
 
 enum class Use { mounted, swap, unmounted };
 struct Partition {
@@ -186,7 +183,6 @@ void liveOn(World& world, Dice& dice);
 // One of the things that happen to a server. Tells it, or nothing when it doesn't apply.
 std::string changeWorld(World& world, Dice& dice);
 
-std::vector<Route> routesOf(const World& world);
 std::string osVersion(const World& world);
 // Vendor and model of an adapter by the driver of the device.
 std::pair<std::string, std::string> adapterOf(const std::string& device);
