@@ -1,6 +1,8 @@
 // What sas3ircu and storcli print, and which program speaks at all.
 #include "world.h"
 
+#include <algorithm>
+
 namespace sim {
 
 namespace {
@@ -25,11 +27,11 @@ std::string sasDrive(const Drive& drive) {
         drive.serial, drive.serial, drive.type);
 }
 
-std::string sasVolume(const Controller& controller, const Volume& volume, int title) {
+std::string sasVolume(const Controller& controller, const Volume& volume) {
     std::string text =
         say("IR volume {}\n  Volume ID     : {}\n  Status of volume     : {}\n  Volume wwid     : "
             "09cbec37412b0bc7\n  RAID level      : {}\n{}  Physical hard disks      : \n",
-            title, volume.id, coded(volume.state), volume.level,
+            volume.id - 321, volume.id, coded(volume.state), volume.level,
             volume.level == "Unknown" ? "" : say("  Size (in MB)  : {}\n", volume.megabytes));
     for (std::size_t i = 0; i < volume.members.size(); i++) {
         const Drive& drive = controller.drives.at(volume.members[i]);
@@ -40,9 +42,8 @@ std::string sasVolume(const Controller& controller, const Volume& volume, int ti
 
 std::string sasDisplay(const Controller& controller) {
     std::string volumes, drives;
-    int title = 1;
     for (const Volume& volume : controller.volumes)
-        volumes += sasVolume(controller, volume, title++);
+        volumes += sasVolume(controller, volume);
     for (const Drive& drive : controller.drives)
         drives += drive.there ? sasDrive(drive) : "";
     return say("Avago Technologies SAS3 IR Configuration Utility.\nVersion 17.00.00.00 (2018.04.02)"
@@ -63,8 +64,7 @@ Printed sasList(const World& world) {
     std::string rows;
     for (const Controller& one : world.controllers)
         if (one.there && one.isSas())
-            rows += say("\n         Adapter      Vendor  Device                       SubSys\n"
-                        " Index    Type          ID      ID    Pci Address          Ven ID\n"
+            rows += say("\n Index    Type          ID      ID    Pci Address          Ven ID\n"
                         " -----  ------------  ------  ------  -----------------    ------\n"
                         "   {}     SAS3008       1000h   97h    00h:03h:00h:00h\n",
                         one.number);
@@ -123,19 +123,17 @@ std::string volumeTable(const std::string& title, const std::vector<Volume>& vol
 
 Printed storcliShow(const World& world) {
     std::string rows;
-    int count = 0;
     for (const Controller& one : world.controllers)
-        if (one.there && !one.isSas()) {
+        if (one.there && !one.isSas())
             rows += format("%3d %-23s     8   4   1     0   1     0 Opt On  1&2   Y    3 Opt\n",
                            one.number, storcliModel(one).c_str());
-            count++;
-        }
     const std::string text =
         say("{}Status Code = 0\nStatus = Success\nDescription = None\n\nNumber of Controllers = "
             "{}\nHost Name = {}\nOperating System  = FreeBSD\n\n",
-            world.storcli == 7 ? "CLI Version = 007.1211 Nov 07, 2019\n" : "", count, world.host);
+            world.storcli == 7 ? "CLI Version = 007.1211 Nov 07, 2019\n" : "",
+            std::count(rows.begin(), rows.end(), '\n'), world.host);
     const char* const header = "Ctl Model                   Ports PDs DGs DNOpt VDs Hlth";
-    return {0, count == 0 ? text : text + table("System Overview", header, rows)};
+    return {0, rows.empty() ? text : text + table("System Overview", header, rows)};
 }
 
 std::string cardShow(const World& world, const Controller& card) {
@@ -157,7 +155,8 @@ std::string cardVolumes(const World& world, const Controller& card) {
             members += driveRow(world, card.drives.at(place));
         text += volumeTable(say("/c{}/v{}", card.number, volume.id), {volume}) +
                 driveTable(world, say("PDs for VD {}", volume.id), members) +
-                say("VD{} Properties :\n====\nOS Drive Name = {}\n\n", volume.id, volume.name);
+                say("VD{} Properties :\n====\nOS Drive Name = {}\n\n", volume.id,
+                    say("/dev/mfid{}", volume.id));
     }
     return card.volumes.empty() ? text + "Description = No VD's have been configured.\n" : text;
 }
@@ -179,7 +178,6 @@ std::string driveFacts(const World& world, const Controller& card) {
     return text;
 }
 
-// A command line about one controller.
 Printed controllerAnswer(const World& world, const Controller& one, const std::string& form) {
     if (one.isSas())
         return {0, sasDisplay(one)};
@@ -197,7 +195,6 @@ Printed controllerAnswer(const World& world, const Controller& one, const std::s
     return {0, driveFacts(world, one)};
 }
 
-// "sas3ircu 0 display" or "storcli /c0/eall/sall show all".
 Printed raidAnswer(const World& world, const std::string& command, bool sas) {
     if (command == "sas3ircu list")
         return sasList(world);

@@ -11,9 +11,6 @@ const std::vector<Medium> MEDIA = {
     {"10Gbase-LR <full-duplex,rxpause>", "10Gbase-LR <full-duplex,rxpause>", 10240, 10240},
     {"10baseT/UTP", "10baseT/UTP", 10, 10},
     {"autoselect (100GBase-SR4 <full-duplex,rxpause>)", "autoselect", 102400, 0},
-    {"autoselect (2500Base-T <full-duplex>)", "autoselect", 2500, 0},
-    {"autoselect (40Gbase-CR4 <full-duplex>)", "autoselect", 40960, 0},
-    {"autoselect (25GBase-SR <full-duplex>)", "autoselect", 25600, 0},
     {"autoselect <full-duplex> (100baseTX <full-duplex>)", "autoselect", 100, 0},
     {"autoselect (Quantum-9 <full-duplex>)", "autoselect", 0, 0}};
 
@@ -49,8 +46,6 @@ std::string ifconfig(const World& world) {
                            ~0U << (32 - prefix), end);
         for (const std::string& address : nic.ip6)
             text += say("\tinet6 {} prefixlen 64{}", address, end);
-        if (world.release >= 14 && nic.device.empty())
-            text += "\tgroups: vlan\n\tvlan: 5 vlanproto: 802.1q parent interface: em0\n";
         text += world.release < 14 ? discovery + mediumOf(nic) : mediumOf(nic) + discovery;
     }
     return text;
@@ -77,8 +72,7 @@ std::string netstat(const World& world, bool v6) {
 }
 
 std::string pciconf(const World& world) {
-    std::string text =
-        "hostb0@pci0:0:0:0:\tclass=0x060000 card=0x0801a0c1 rev=0x05\n    class      = bridge\n";
+    std::string text = "hostb0@pci0:0:0:0:\tclass=0x060000 rev=0x05\n    class      = bridge\n";
     for (const Nic& nic : world.nics) {
         if (nic.device.empty())
             continue;
@@ -86,8 +80,8 @@ std::string pciconf(const World& world) {
         text += say("{}@pci0:2:0:0:\tclass=0x020000 {}\n", nic.device,
                     world.release < 13 ? "card=0x00008086 chip=0x10d38086 rev=0x01 hdr=0x00"
                                        : "rev=0x01 hdr=0x00 vendor=0xa0c1 device=0x1539");
-        text += vendor.empty() ? "" : say("    vendor     = '{}'\n", vendor);
-        text += say("    device     = '{}'\n    class      = network\n", model);
+        text += (vendor.empty() ? "" : "    vendor     = '" + vendor + "'\n") +
+                say("    device     = '{}'\n    class      = network\n", model);
     }
     return text;
 }
@@ -107,8 +101,7 @@ std::string geomList(const World& world) {
 }
 
 std::string devlist(const World& world) {
-    std::string text =
-        "<AHCI SGPIO Enclosure 1.00 0001>   at scbus99 target 0 lun 0 (ses0,pass9)\n";
+    std::string text = "<AHCI Enclosure 1.00 0001>   at scbus99 target 0 lun 0 (ses0,pass9)\n";
     for (std::size_t i = 0; i < world.disks.size(); i++) {
         const Disk& disk = world.disks[i];
         if (disk.there && disk.bus >= 0) // the order of the names varies
@@ -139,9 +132,7 @@ std::string gpart(const World& world) {
     for (const Disk& disk : world.disks) {
         if (!disk.there || disk.partitions.empty())
             continue;
-        text += say("=>       34  234441581    {}  GPT  (112G) [CORRUPT]\n"
-                    "         34       1024          - free -  (512K)\n",
-                    disk.name);
+        text += say("=>     34  23581    {}  GPT  (112G)\n  34  8  - free -  (512K)\n", disk.name);
         for (const Partition& one : disk.partitions)
             text += say("       1024       1024  {}  freebsd-ufs  {}({})\n", one.name,
                         one.block == 0 ? "[active]  " : "", one.size);
@@ -150,7 +141,6 @@ std::string gpart(const World& world) {
     return text;
 }
 
-// The rows of df or of swapinfo.
 std::string usage(const World& world, Use use) {
     std::string text = "Device             1K-blocks       Used      Avail Capacity\n"
                        "zroot/ROOT/ada0p1     213651       8123     205527     4%    /\n";
@@ -163,29 +153,15 @@ std::string usage(const World& world, Use use) {
     return text;
 }
 
-std::string newfs(const World& world, const Partition& one) {
-    return say("{}/dev/{}: 110375.0MB (226048000 sectors) block size {}, fragment size 4096\n"
-               "\tusing 4 cylinder groups of 27593.03MB, 883000 blks\n",
-               world.release == 12 ? "density increased from 1 to 4096\n" : "", one.name,
-               one.block);
-}
-
-std::string fdisk(const Disk& disk) {
-    return say("******* Working on device /dev/{} *******\nparameters extracted from in-core "
-               "disklabel are:\ncylinders={} heads=16 sectors/track=63 (1008 blks/cyl)\n\n"
-               "parameters to be used for BIOS calculations are:\n"
-               "cylinders=1 heads=2 sectors/track=3 (6 blks/cyl)\n",
-               disk.name, disk.cylinders);
-}
-
 std::string graid(const World& world) {
     std::string text;
     for (const Rste& volume : world.volumes) {
-        text += say("Geom name: {}\nState: {}\nMetadata: Intel\nProviders:\n1. Name: {}\n"
-                    "   Mediasize: 536866816 (512M)\n   State: {}\n   Components: {}\n"
-                    "   Transformation: RAID{}\n   RAIDLevel: RAID{}\nConsumers:\n",
-                    volume.geom, volume.state, volume.provider, volume.state, volume.members.size(),
-                    volume.level, volume.level);
+        text +=
+            say("Geom name: Intel-08f999b{}\nState: {}\nMetadata: Intel\nProviders:\n1. Name: {}\n"
+                "   Mediasize: 536866816 (512M)\n   State: {}\n   Components: {}\n"
+                "   Transformation: RAID{}\n   RAIDLevel: RAID{}\nConsumers:\n",
+                volume.provider.back(), volume.state, volume.provider, volume.state,
+                volume.members.size(), volume.level, volume.level);
         int place = 0;
         for (const std::string& member : volume.members)
             if (++place; diskNamed(world, member)->there)
@@ -199,11 +175,9 @@ std::string graid(const World& world) {
 
 const char* const LSPCI =
     "00:00.0 Host bridge: Fabrikam Corporation X7 Memory Hub (rev 07)\n"
-    "\tKernel driver in use: ata_piix\n\n"
     "00:14.0 USB controller: Fabrikam Corporation Q87 USB xHCI Host Controller #2 (rev 05)\n"
     "00:1f.2 SATA controller: Fabrikam Corporation Q87 6-Port SATA: AHCI mode #1 (rev 05)\n";
 
-// By Health: smartctl's exit status and words.
 const Printed HEALTH_ANSWERS[] = {
     {0, "SMART overall-health self-assessment test result: PASSED\n\n"},
     {32, "SMART overall-health self-assessment test result: PASSED\n"
@@ -219,30 +193,27 @@ const Printed HEALTH_ANSWERS[] = {
 
 Printed smartText(const World& world, const Disk& disk, bool attributes) {
     const std::string banner =
-        say("smartctl {} r5338 [FreeBSD {}.1-RELEASE amd64] (local build)\n\n",
-            world.smartctl == 6 ? "6.3 2014-07-26" : "7.3 2022-02-28", world.release);
+        say("smartctl {} [FreeBSD {}]\n\n", world.smartctl == 6 ? "6.3" : "7.3", world.release);
     if (disk.usb)
-        return {1, banner + "/dev/" + disk.name + ": Unknown USB bridge [0x0930:0x6544 (0x100)]\n" +
-                       "Please specify device type with the -d option.\n\n"};
+        return {1, banner + "/dev/" + disk.name + ": Unknown USB bridge [0x0930:0x6544 (0x100)]\n"};
     const auto& [status, words] = HEALTH_ANSWERS[static_cast<int>(disk.health)];
     const bool silent = disk.health == Health::silent;
-    std::string text = banner + say("=== START OF INFORMATION SECTION ===\nDevice Model:     {}\n"
-                                    "Serial Number:    {}\nFirmware Version: {}\nRotation Rate:    "
-                                    "{}\nSMART support is: {}\n\n",
-                                    disk.model, disk.serial, disk.firmware,
-                                    disk.ssd ? "Solid State Device" : say("{} rpm", disk.rpm),
-                                    silent ? "Unavailable - device lacks SMART" : "Enabled");
-    text += (silent ? "" : "=== START OF READ SMART DATA SECTION ===\n") + words;
+    std::string text =
+        say("{}=== START OF INFORMATION SECTION ===\nDevice Model:     {}\nSerial Number:    {}\n"
+            "Firmware Version: {}\nRotation Rate:    {}\nSMART support is: {}\n\n{}{}",
+            banner, disk.model, disk.serial, disk.firmware,
+            disk.ssd ? "Solid State Device" : say("{} rpm", disk.rpm),
+            silent ? "Unavailable - device lacks SMART" : "Enabled",
+            silent ? "" : "=== START OF READ SMART DATA SECTION ===\n", words);
     if (attributes && disk.temperature >= 0 && !silent)
-        text += say("ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH TYPE      UPDATED\n"
-                    "190 Airflow_Temperature_Cel 0x0032   067   053   ---    Old_age   Always   "
-                    "    -       99\n194 Temperature_Celsius     0x0022   067   053   000    "
-                    "Old_age   Always       -       {}{}\n",
-                    disk.temperature, world.smartctl == 6 ? "" : " (Min/Max 19/47 #12)");
+        text +=
+            say("ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH TYPE      UPDATED\n190 "
+                "Airflow_Temperature_Cel 0x0032 067 053 --- Old_age Always - 99\n194 "
+                "Temperature_Celsius     0x0022 067 053 000 Old_age Always - {}{}\n",
+                disk.temperature, world.smartctl == 6 ? "" : " (Min/Max 19/47 #12)");
     return {status, text};
 }
 
-// Of a disk, or of a drive behind a controller.
 Printed smartctl(const World& world, const std::string& device, bool attributes) {
     if (const Disk* disk = diskNamed(world, device); disk != nullptr && disk->there)
         return smartText(world, *disk, attributes);
@@ -257,14 +228,22 @@ Printed smartctl(const World& world, const std::string& device, bool attributes)
     return {2, "Smartctl open device: /dev/" + device + " failed: No such file or directory\n"};
 }
 
-// A program that is asked about one device.
 Printed deviceAnswer(const World& world, const std::string& program, const std::string& device) {
     for (const Disk& disk : world.disks) {
-        if (disk.there && disk.name == device && program != "newfs")
-            return program == "fdisk" ? Printed{0, fdisk(disk)} : identify(world, disk);
+        if (disk.there && disk.name == device && program == "camcontrol")
+            return identify(world, disk);
+        if (disk.there && disk.name == device && program == "fdisk")
+            return {0, say("******* Working on device /dev/{} *******\nparameters extracted from "
+                           "in-core disklabel are:\ncylinders={} heads=16 sectors/track=63\n\n"
+                           "parameters to be used for BIOS calculations are:\n"
+                           "cylinders=1 heads=2 sectors/track=3 (6 blks/cyl)\n",
+                           disk.name, disk.cylinders)};
         for (const Partition& one : disk.partitions)
             if (disk.there && one.name == device && program == "newfs" && one.block != 0)
-                return {0, newfs(world, one)};
+                return {0, say("{}/dev/{}: 110375.0MB (226048000 sectors) block size {}, fragment "
+                               "size 4096\n\tusing 4 cylinder groups of 27593.03MB, 883000 blks\n",
+                               world.release == 12 ? "density increased from 1 to 4096\n" : "",
+                               one.name, one.block)};
     }
     return {1, ""};
 }

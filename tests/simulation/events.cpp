@@ -38,20 +38,18 @@ enum class Told { taken, refused, absent };
 // An event is due: whether it was sent, and taken. `in_order` false: anywhere in what is left.
 Told tell(const bmcsim::Bytes& event, bool required, const std::string& who, bool in_order = true) {
     const auto& events = stage.events;
-    const auto fate = [&](std::size_t at) {
-        return events[at].taken ? Told::taken : Told::refused;
-    };
+    const auto fate = [&](auto at) { return events[at].second ? Told::taken : Told::refused; };
     std::size_t at = next;
-    while (!in_order && at < events.size() && (used[at] || events[at].event != event))
+    while (!in_order && at < events.size() && (used[at] || events[at].first != event))
         ++at;
-    if (at < events.size() && events[at].event == event) {
+    if (at < events.size() && events[at].first == event) {
         used[at] = true;
         while (next < events.size() && used[next])
             ++next;
         return fate(at);
     }
     for (auto one = lent.begin(); required && one != lent.end(); ++one)
-        if (events[one->at].event == event) {
+        if (events[one->at].first == event) {
             *one->subject = one->before;
             at = one->at;
             lent.erase(one);
@@ -59,7 +57,7 @@ Told tell(const bmcsim::Bytes& event, bool required, const std::string& who, boo
         }
     if (required && !stage.away && flaw.empty())
         flaw = say("missed event: due was {} of {}, told was {}", bmcsim::hexText(event), who,
-                   next < events.size() ? bmcsim::hexText(events[next].event) : "nothing");
+                   next < events.size() ? bmcsim::hexText(events[next].first) : "nothing");
     return Told::absent;
 }
 
@@ -69,8 +67,6 @@ bool answered(const std::string& command, bool any_status = false) {
     return found != stage.asked.end() && found->second.genuine &&
            (any_status || found->second.status == 0);
 }
-
-// ---- Links
 
 bool rowReadable(const Nic& nic) {
     return std::none_of(stage.faults.begin(), stage.faults.end(), [&](const Fault& fault) {
@@ -98,8 +94,6 @@ void judgeLinks(Memory& memory) {
             told = nic->linked();
     }
 }
-
-// ---- Drives
 
 const std::map<std::pair<Family, std::string>, int> TYPES = {
     {{ONBOARD, "Fail"}, 0xA1},  {{ONBOARD, "PredictiveFailureAnalysis"}, 0xA2},
@@ -171,7 +165,6 @@ void judgeArrival(Subject& subject, const Item& item, bool certain) {
     }
 }
 
-// One that the agent may see now for the first time.
 Subject newSubject(const Drives& drives, const Item& item, bool placed, bool first_pass) {
     Subject subject;
     subject.item = item;
@@ -318,8 +311,6 @@ void judgeDrives(Memory& memory, const std::vector<Item>& items, std::size_t tol
     }
 }
 
-// ---- What is decided in a static pass
-
 // Whether the pass told the static values, and with what result.
 void judgeStatic(Memory& memory) {
     bool asked = false, told = true, garbage = false;
@@ -367,7 +358,7 @@ std::string judgeEvents(Memory& memory) {
     for (std::size_t i = 0; i < used.size() && flaw.empty(); i++)
         if (!used[i])
             flaw = say("false event: told was {}, nothing of the kind was due",
-                       bmcsim::hexText(stage.events[i].event));
+                       bmcsim::hexText(stage.events[i].first));
     return flaw;
 }
 

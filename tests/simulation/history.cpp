@@ -8,7 +8,6 @@ namespace sim {
 
 namespace {
 
-// A number that no other of a list has.
 template <class List, class Number>
 int freeNumber(const List& list, Number number, int low, int high, Dice& dice) {
     for (;;) {
@@ -150,17 +149,14 @@ std::string changeDisk(World& world, Dice& dice) {
         Partition& one = dice.of(disk.partitions);
         one.used = dice.between(0, static_cast<int>(one.total));
         one.available = one.total * dice.of({92, 100}) / 100 - one.used; // full: negative
-        return one.name + " is used otherwise";
+    } else if (what < 16 && disk.health != Health::silent) {
+        disk.health = static_cast<Health>(dice.below(4));
+    } else {
+        disk.there = !disk.there;
+        if (disk.there && dice.percent(30)) // another one in its place
+            disk.serial = newSerial(dice);
     }
-    if (what < 16) {
-        if (disk.health != Health::silent)
-            disk.health = static_cast<Health>(dice.below(4));
-        return say("{}: health {}", disk.name, static_cast<int>(disk.health));
-    }
-    disk.there = !disk.there;
-    if (disk.there && dice.percent(30)) // another one in its place
-        disk.serial = newSerial(dice);
-    return disk.name + (disk.there ? " comes" : " is pulled");
+    return say("{}: there {}, health {}", disk.name, disk.there, static_cast<int>(disk.health));
 }
 
 std::string addDrive(Controller& controller, Dice& dice) {
@@ -168,9 +164,9 @@ std::string addDrive(Controller& controller, Dice& dice) {
     const bool bare = controller.kind == Kind::megaraid && dice.percent(30); // without enclosures
     auto& drives = controller.drives;
     Drive drive;
-    drive.enclosure = !drives.empty() ? drives.front().enclosure
-                      : sas           ? dice.between(1, 70)
-                                      : (bare ? -1 : 252);
+    drive.enclosure = bare ? -1 : sas ? dice.between(1, 70) : 252;
+    if (!drives.empty())
+        drive.enclosure = drives.front().enclosure;
     drive.slot = freeNumber(drives, &Drive::slot, 0, static_cast<int>(drives.size()) * 2 + 7, dice);
     drive.state = sas ? "Ready" : "Onln";
     drive.serial = newSerial(dice);
@@ -212,18 +208,15 @@ std::string changeController(World& world, Dice& dice) {
     const int what = dice.below(29);
     if (what < 24)
         return changeDrive(controller, dice);
-    if (what < 27) {
+    if (what < 27)
         controller.there = !controller.there;
-        return say("controller {} (kind {}): there {}", controller.number,
-                   static_cast<int>(controller.kind), controller.there);
-    }
-    if (controller.volumes.empty())
-        return "";
-    Volume& volume = dice.of(controller.volumes);
-    volume.state = controller.isSas() ? dice.of({"Okay", "Degraded", "Failed", "Missing",
-                                                 "Initializing", "Inactive,Okay", "Weird"})
-                                      : dice.of({"Optl", "Dgrd", "Pdgd", "OfLn", "Rec"});
-    return say("controller {}: volume is {}", controller.number, volume.state);
+    else if (!controller.volumes.empty())
+        dice.of(controller.volumes).state =
+            controller.isSas() ? dice.of({"Okay", "Degraded", "Failed", "Missing", "Initializing",
+                                          "Inactive,Okay", "Weird"})
+                               : dice.of({"Optl", "Dgrd", "Pdgd", "OfLn", "Rec"});
+    return say("controller {} (kind {}): there {}, or a volume", controller.number,
+               static_cast<int>(controller.kind), controller.there);
 }
 
 void addController(World& world, Dice& dice, Kind kind, int number) {
@@ -234,7 +227,7 @@ void addController(World& world, Dice& dice, Kind kind, int number) {
     const std::size_t drives = controller.drives.size();
     for (int i = kind == Kind::sas_it || drives == 0 ? 0 : dice.below(3); i > 0; i--) {
         Volume volume{sas ? 324 - i : i, sas ? "Okay" : "Optl", sas ? "RAID1" : "RAID5",
-                      say("/dev/mfid{}", i), dice.between(1, 9999999)};
+                      dice.between(1, 9999999)};
         volume.level = sas && dice.percent(10) ? "Unknown" : volume.level;
         for (int member = dice.below(drives); member >= 0; member--)
             volume.members.push_back(static_cast<std::size_t>(member));
@@ -247,7 +240,7 @@ std::string changeRste(World& world, Dice& dice) {
     if (!world.volumes.empty() && dice.percent(70)) {
         Rste& volume = dice.of(world.volumes);
         volume.state = dice.of({"OPTIMAL", "DEGRADED", "SUBOPTIMAL", "BROKEN"});
-        return volume.geom + " is " + volume.state;
+        return volume.provider + " is " + volume.state;
     }
     if (world.volumes.size() > 1) {
         world.volumes.pop_back();
@@ -259,9 +252,8 @@ std::string changeRste(World& world, Dice& dice) {
             members.push_back(disk.name);
     if (members.size() < 2 || (world.volumes.empty() && dice.percent(90)))
         return "";
-    const std::size_t number = world.volumes.size();
-    world.volumes.push_back({say("Intel-08f999b{}", number), say("raid/r{}", number), "OPTIMAL",
-                             dice.of({1, 5}), members});
+    const std::string provider = say("raid/r{}", world.volumes.size());
+    world.volumes.push_back({provider, "OPTIMAL", dice.of({1, 5}), members});
     return "a software volume comes";
 }
 
@@ -278,7 +270,7 @@ std::string changeNvme(World& world, Dice& dice) {
 }
 
 void addNvme(World& world, Dice& dice, int number) {
-    Nvme nvme{number, true, newSerial(dice), "Larch DC-960 read-intensive SSD  "};
+    Nvme nvme{number, true, newSerial(dice)};
     nvme.blocks = dice.next() >> dice.between(20, 40);
     nvme.block_bits = dice.of<std::uint8_t>({9, 12});
     world.nvmes.push_back(nvme);
@@ -291,20 +283,17 @@ std::string changePrograms(World& world, Dice& dice) {
     return say("other programs: smartctl {}, storcli {}", world.smartctl, world.storcli);
 }
 
-constexpr struct {
-    int weight;
-    std::string (*change)(World& world, Dice& dice);
-} CHANGES[] = {{23, changeNic},  {3, addNic},         {2, changeRoutes},
-               {26, changeDisk}, {1, addDisk},        {3, changeRste},
-               {4, changeNvme},  {1, changePrograms}, {29, changeController}};
+const std::vector<std::pair<int, std::string (*)(World& world, Dice& dice)>> CHANGES = {
+    {23, changeNic}, {3, addNic},     {2, changeRoutes},   {26, changeDisk},      {1, addDisk},
+    {3, changeRste}, {4, changeNvme}, {1, changePrograms}, {29, changeController}};
 
 } // namespace
 
 std::string changeWorld(World& world, Dice& dice) {
     int at = dice.below(92);
-    for (const auto& row : CHANGES)
-        if ((at -= row.weight) < 0)
-            return row.change(world, dice);
+    for (const auto& [weight, change] : CHANGES)
+        if ((at -= weight) < 0)
+            return change(world, dice);
     return "";
 }
 

@@ -5,8 +5,6 @@
 
 namespace sim {
 
-// ---- Records
-
 enum Family { ONBOARD, IT, RAID, FAMILIES, NO_DRIVE = FAMILIES };
 
 // One storage record. That of a drive also says who has to answer for it.
@@ -36,7 +34,6 @@ constexpr std::size_t LAN_MOST = 31, USAGE_MOST = 32;
 std::vector<const Nic*> reportedNics(const World& world, std::size_t most);
 std::vector<const Nic*> nicsByMac(const World& world, std::size_t most);
 
-// Taken between two passes and in one.
 struct Samples {
     std::int64_t memory = 0, count = 0; // sum of the percents
     std::map<std::string, std::vector<std::uint64_t>> bytes;

@@ -25,8 +25,6 @@ int unless(const char* what, int error, int number = -1) {
     return sim::faultOf(what, number) == nullptr ? 0 : failed(error);
 }
 
-// ---- The driver of the BMC
-
 constexpr int BMC_FD = 1000, NVME_FD = 2000;
 const bmcsim::Bytes TIMED_OUT = {0xC3};
 
@@ -62,7 +60,7 @@ void look(const bmcsim::Message& request, const bmcsim::Bytes& given) {
     }
     if (request.netFn == 4 && request.cmd == 2) {
         const bool taken = !given.empty() && given[0] == 0;
-        stage.events.push_back({request.data, taken});
+        stage.events.emplace_back(request.data, taken);
         sim::note("  event " + bmcsim::hexText(request.data) + (taken ? "" : ", not taken"));
     }
 }
@@ -129,8 +127,6 @@ std::uint8_t inb(std::uint16_t /*port*/) {
 }
 void outb(std::uint8_t /*value*/, std::uint16_t /*port*/) {}
 
-// ---- NVMe drives
-
 int nvme_open(const char* path) {
     for (const sim::Nvme& nvme : stage.world.nvmes)
         if (nvme.there && sim::say("/dev/nvme{}", nvme.number) == path) {
@@ -161,7 +157,7 @@ int nvme_passthrough(int fd, nvme_pt_command& command) {
     } else if (asks(0x06, 1, 4096)) {
         std::fill_n(page.begin() + 4, 60, ' ');
         std::copy(nvme.serial.begin(), nvme.serial.end(), page.begin() + 5);
-        std::copy(nvme.model.begin(), nvme.model.end(), page.begin() + 24);
+        std::copy_n(sim::NVME_MODEL, std::strlen(sim::NVME_MODEL), page.begin() + 24);
     } else if (asks(0x06, 0, 4096) && command.cmd[4] == 1) {
         std::memcpy(page.data(), &nvme.blocks, 8);
         page[26] = 3; // the format in use
@@ -177,8 +173,6 @@ int nvme_passthrough(int fd, nvme_pt_command& command) {
         std::memcpy(command.buf, page.data(), page.size());
     return unless("nvme call", EIO, number);
 }
-
-// ---- CPU, memory, interfaces
 
 int cp_time(std::array<std::int64_t, 5>& ticks) {
     const int result = unless("ticks", EIO);

@@ -117,7 +117,6 @@ std::string members(int controller, const Controller& of, const Volume& volume) 
     return join(places, ",");
 }
 
-// Of a volume or a drive of an SAS3008.
 std::string sasHealth(const std::string& state) {
     const std::map<std::string, std::string> words = {
         {"Okay", "OK"},      {"Initializing", "OK"}, {"Inactive,Okay", "OK"}, {"Optimal", "OK"},
@@ -171,9 +170,10 @@ void addCard(std::vector<Item>& items, const Controller& card, int index) {
                 replaced(storcliModel(card), "_"), "6.22.03.0", "4.270_beta", "SAS-12G")});
     for (const Volume& volume : card.volumes) {
         const bool degraded = volume.state == "Dgrd" || volume.state == "Pdgd";
-        items.push_back({record("BRCM_IR_VD", volume.id, volume.name, degraded ? PREDICTED : "OK",
-                                volume.state, volume.level, say("{}.0", volume.megabytes),
-                                members(card.number, card, volume))});
+        items.push_back(
+            {record("BRCM_IR_VD", volume.id, say("/dev/mfid{}", volume.id),
+                    degraded ? PREDICTED : "OK", volume.state, volume.level,
+                    say("{}.0", volume.megabytes), members(card.number, card, volume))});
     }
     int row = 0;
     for (const Drive& drive : card.drives) {
@@ -278,7 +278,7 @@ std::vector<std::string> nvmeRecords(const World& world) {
             fields.push_back(format("%d%%", health.at(at)));
         for (std::size_t at = 32; at <= 176; at += 16)
             fields.push_back(counterAt(health, at));
-        fields.push_back(nvme.model.substr(0, nvme.model.find_last_not_of(' ') + 1).substr(0, 31));
+        fields.emplace_back(NVME_MODEL, 31); // without the blanks behind
         fields.push_back(std::to_string(nvme.blocks << nvme.block_bits >> 10));
         fields.push_back(nvme.serial);
         for (std::size_t i = 0; i < fields.size(); i++)

@@ -76,7 +76,6 @@ struct History {
     }
 };
 
-// The start of the server, of the service and of the monitor.
 void start(History& history) {
     World& world = stage.world = makeWorld(history.script.seed);
     std::vector<bmcsim::MappedDrive> drives;
@@ -102,7 +101,6 @@ void start(History& history) {
     beginMonitoring();
 }
 
-// One thing that happens; nothing when it does not apply.
 std::string happen(History& history, Dice& dice, bool fault) {
     if (!fault && dice.percent(2)) {
         restartBmc(stage.bmc);
@@ -206,8 +204,6 @@ void judgeMemory(Outcome& outcome) {
     std::exit(0);
 }
 
-// ---- The parent's side
-
 std::string readAll(int in) {
     std::string text;
     char buffer[65536];
@@ -217,7 +213,6 @@ std::string readAll(int in) {
     return text;
 }
 
-// Plays a history in a process of its own.
 Outcome attempt(const Script& script, bool quiet = true) {
     int ends[2];
     std::fflush(nullptr);
@@ -276,7 +271,6 @@ void tellFailure(Script script, const Outcome& failed) {
         std::printf("  before pass %d:%s\n", step.first, what.c_str());
 }
 
-// The script of the first history; the seed of the last.
 bool readOptions(int count, char** words, Script& script, std::uintmax_t& last) {
     for (int i = 1; i < count; i++) {
         const std::string word = words[i];

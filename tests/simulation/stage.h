@@ -1,7 +1,5 @@
 // Where the agent plays: a world, a BMC, what goes wrong in this pass, and what was seen of the
-// agent. stage.cpp puts it below the agent in place of a kernel, of programs, files, flags and
-// logs; play.cpp plays a history there: a server, what happens to it and what goes wrong, pass by
-// pass.
+// agent. It stands in place of a kernel, of programs, files, flags and logs.
 #pragma once
 
 #include "world.h"
@@ -9,10 +7,7 @@
 #include "simulator/bmc.h"
 
 #include <cstdio>
-#include <map>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace sim {
 
@@ -36,11 +31,6 @@ struct Asked {
     bool garbage = false; // ended well, with something else
 };
 
-struct Attempt {
-    bmcsim::Bytes event;
-    bool taken; // the BMC took it, and said so
-};
-
 struct Stage {
     World world;
     bmcsim::Bmc bmc;
@@ -53,25 +43,23 @@ struct Stage {
     std::FILE* trace = nullptr;
 
     // What was seen in this pass.
-    std::map<std::string, Asked> asked; // by command line
-    std::vector<Attempt> events;
-    int seconds = 0;  // lost waiting for programs
-    int requests = 0; // that reached the driver
+    std::map<std::string, Asked> asked;                 // by command line
+    std::vector<std::pair<bmcsim::Bytes, bool>> events; // and whether the BMC took it
+    int seconds = 0;                                    // lost waiting for programs
+    int requests = 0;                                   // that reached the driver
     bool away = false;
     int open_drives = 0;
+    int looks_left = 0;             // of a worker at the stop flag, before it is set
     std::vector<std::string> flaws; // what must not be, whatever the world is like
 };
 extern Stage stage;
 
-// Puts the stage's functions in place of the agent's.
 void setStage();
-// Begins a pass: nothing was seen yet.
 void clearSight();
 void note(const std::string& line); // into the trace
 // One of the kernel or of the folders.
 const Fault* faultOf(const char* what, int number = -1);
 bool readable(const std::string& path);
-// Lets the BMC's restart monitor look once.
 void lookForRestart();
 
 } // namespace sim

@@ -90,6 +90,7 @@ struct Nic {
     }
 };
 
+constexpr const char* NVME_MODEL = "Larch DC-960 read-intensive SSD  ";
 constexpr const char *GATEWAY4 = "192.0.2.1", *GATEWAY6 = "fe80::1%em0";
 
 enum class Use { mounted, swap, unmounted };
@@ -113,7 +114,6 @@ struct Disk {
     std::vector<Partition> partitions = {};
 };
 
-// A drive behind a controller.
 struct Drive {
     int enclosure = 0, slot = 0;
     bool there = true;
@@ -124,7 +124,7 @@ struct Drive {
 
 struct Volume {
     int id = 0;
-    std::string state, level, name;
+    std::string state, level;
     int megabytes = 0;
     std::vector<std::size_t> members = {}; // places of drives
 };
@@ -142,9 +142,8 @@ struct Controller {
     }
 };
 
-// A software RAID volume of the host.
 struct Rste {
-    std::string geom, provider, state;
+    std::string provider, state;
     int level = 1;
     std::vector<std::string> members; // disk names
 };
@@ -152,7 +151,7 @@ struct Rste {
 struct Nvme {
     int number = 0;
     bool there = true;
-    std::string serial = {}, model = {};
+    std::string serial = {};
     std::array<std::uint8_t, 512> health = {};
     std::uint64_t blocks = 0;
     std::uint8_t block_bits = 9;
@@ -178,7 +177,6 @@ struct World {
 };
 
 World makeWorld(std::uint64_t seed);
-// Counters rise, memory is taken and given back.
 void liveOn(World& world, Dice& dice);
 // One of the things that happen to a server. Tells it, or nothing when it doesn't apply.
 std::string changeWorld(World& world, Dice& dice);
@@ -198,7 +196,6 @@ struct Printed {
 std::optional<Printed> answer(const World& world, const std::string& command);
 Printed systemAnswer(const World& world, const std::string& program, const std::string& command);
 
-// The names in /dev, sorted.
 std::vector<std::string> devNames(const World& world);
 
 } // namespace sim
