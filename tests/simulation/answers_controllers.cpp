@@ -8,6 +8,7 @@ namespace sim {
 namespace {
 
 const std::string RULE = std::string(72, '-') + "\n";
+const char* const CLI = "CLI Version = 007.1211 Nov 07, 2019\nOperating system = FreeBSD\n";
 
 // The word of a state with its code, as "Optimal (OPT)".
 std::string coded(const std::string& state) {
@@ -54,10 +55,9 @@ std::string sasDisplay(const Controller& controller) {
                "{}Physical device information\n{}Initiator at ID #0\n\n{}Device is a Enclosure "
                "services device\n  Enclosure #     : 2\n  Slot #    : 36\n  State    : Standby "
                "(SBY)\n  Manufacturer    : PMCSIERA\n  Serial No    : PMCSLERDC\n{}Enclosure "
-               "information\n{}  Enclosure#    : 1\n{}SAS3IRCU: Command DISPLAY Completed "
-               "Successfully.\n",
+               "information\n{}SAS3IRCU: Command DISPLAY Completed Successfully.\n",
                controller.number, RULE, RULE, controller.kind == Kind::sas_ir ? "Yes" : "No", RULE,
-               RULE, volumes, RULE, RULE, drives, RULE, RULE, RULE);
+               RULE, volumes, RULE, RULE, drives, RULE, RULE);
 }
 
 Printed sasList(const World& world) {
@@ -75,9 +75,7 @@ Printed sasList(const World& world) {
 
 std::string preamble(const World& world, int number) {
     return say("{}Controller = {}\nStatus = Success\nDescription = None\n\n",
-               world.storcli == 7 ? "CLI Version = 007.1211 Nov 07, 2019\nOperating system = BSD\n"
-                                  : "",
-               number);
+               world.storcli == 7 ? CLI : "", number);
 }
 
 Printed failure(int status, int number, const char* why) {
@@ -130,8 +128,7 @@ Printed storcliShow(const World& world) {
     const std::string text =
         say("{}Status Code = 0\nStatus = Success\nDescription = None\n\nNumber of Controllers = "
             "{}\nHost Name = {}\nOperating System  = FreeBSD\n\n",
-            world.storcli == 7 ? "CLI Version = 007.1211 Nov 07, 2019\n" : "",
-            std::count(rows.begin(), rows.end(), '\n'), world.host);
+            world.storcli == 7 ? CLI : "", std::count(rows.begin(), rows.end(), '\n'), world.host);
     const char* const header = "Ctl Model                   Ports PDs DGs DNOpt VDs Hlth";
     return {0, rows.empty() ? text : text + table("System Overview", header, rows)};
 }

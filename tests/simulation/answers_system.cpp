@@ -182,7 +182,6 @@ const Printed HEALTH_ANSWERS[] = {
     {0, "SMART overall-health self-assessment test result: PASSED\n\n"},
     {32, "SMART overall-health self-assessment test result: PASSED\n"
          "Please note the following marginal Attributes:\n"
-         "ID# ATTRIBUTE_NAME          FLAG     VALUE WORST THRESH\n"
          "190 Airflow_Temperature_Cel 0x0022   058   030   045    In_the_past 42\n\n"},
     {4, "SMART Status not supported: Incomplete response, ATA output registers missing\n"
         "SMART overall-health self-assessment test result: PASSED\n"
@@ -296,13 +295,12 @@ Printed systemAnswer(const World& world, const std::string& program, const std::
 
 std::vector<std::string> devNames(const World& world) {
     std::vector<std::string> names = {"null", "nvme0ns2", "nvmefabrics", "ses0"};
-    for (const Disk& disk : world.disks) {
-        if (!disk.there)
-            continue;
-        names.push_back(disk.name);
-        for (const Partition& partition : disk.partitions)
-            names.push_back(partition.name);
-    }
+    for (const Disk& disk : world.disks)
+        if (disk.there) {
+            names.push_back(disk.name);
+            for (const Partition& partition : disk.partitions)
+                names.push_back(partition.name);
+        }
     for (const Nvme& nvme : world.nvmes)
         if (nvme.there)
             for (const char* end : {"", "ns1"})

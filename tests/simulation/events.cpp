@@ -103,8 +103,7 @@ const std::map<std::pair<Family, std::string>, int> TYPES = {
     {{RAID, "UBad"}, 0xA1},     {{RAID, "UBUnsp"}, 0xA1},
     {{RAID, "DHS"}, 0xA3},      {{RAID, "GHS"}, 0xA3},
     {{RAID, "HSPShld"}, 0xA3},  {{RAID, "OutofSync"}, 0xA5},
-    {{RAID, "Rbld"}, 0xA7},
-};
+    {{RAID, "Rbld"}, 0xA7}};
 
 int typeOf(Family family, const std::string& state) {
     const auto found = TYPES.find({family, state});
@@ -250,7 +249,6 @@ void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole
     }
 }
 
-// Whether the pass lists all of a family for certain.
 bool listedOnboard() {
     bool any = false, all = answered("geom disk list");
     for (const Disk& disk : stage.world.disks) {

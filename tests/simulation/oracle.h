@@ -40,8 +40,6 @@ struct Samples {
 };
 void takeSample(Samples& samples, const World& world);
 
-// ---- What the oracle remembers of a history
-
 struct Subject {
     std::string told, raised; // states: told whole; asserted while the old one is not cleared yet
     enum { present, missing, untold, unsure } presence = present; // unsure: present or untold

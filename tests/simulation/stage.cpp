@@ -184,8 +184,7 @@ std::vector<std::string> listFolder(const char* path) {
 }
 
 std::chrono::steady_clock::time_point now() {
-    return std::chrono::steady_clock::time_point(std::chrono::hours(1) +
-                                                 std::chrono::seconds(stage.seconds));
+    return std::chrono::steady_clock::time_point(std::chrono::seconds(3600 + stage.seconds));
 }
 
 std::string anyCommand(const World& world, Dice& dice) {

@@ -57,7 +57,6 @@ extern Stage stage;
 void setStage();
 void clearSight();
 void note(const std::string& line); // into the trace
-// One of the kernel or of the folders.
 const Fault* faultOf(const char* what, int number = -1);
 bool readable(const std::string& path);
 void lookForRestart();

@@ -182,7 +182,6 @@ void liveOn(World& world, Dice& dice);
 std::string changeWorld(World& world, Dice& dice);
 
 std::string osVersion(const World& world);
-// Vendor and model of an adapter by the driver of the device.
 std::pair<std::string, std::string> adapterOf(const std::string& device);
 std::string storcliModel(const Controller& controller);
 const Disk* diskNamed(const World& world, const std::string& name);
