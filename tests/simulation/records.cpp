@@ -274,7 +274,7 @@ std::vector<std::string> nvmeRecords(const World& world) {
         std::vector<std::string> fields = {
             name, std::to_string(health[0]),
             format("%2.2f C", static_cast<double>(kelvin - 273.15F))};
-        for (const std::size_t at : {3, 4, 5})
+        for (const std::size_t at : {3U, 4U, 5U})
             fields.push_back(format("%d%%", health.at(at)));
         for (std::size_t at = 32; at <= 176; at += 16)
             fields.push_back(counterAt(health, at));
