@@ -4,6 +4,7 @@
 #include "host/lan_record.h"
 #include "host/media_speed.h"
 #include "tools/fdisk.h"
+#include "tools/geom.h"
 #include "tools/gpart.h"
 #include "tools/ifconfig.h"
 #include "tools/netstat.h"
@@ -16,32 +17,30 @@
 
 using text_view = std::string_view;
 
-// Values of a line that hold none of these marks.
-template <class... Text>
-static void requireWithout(text_view marks, const Text&... values) {
-    for (const text_view value : {text_view(values)...})
+static void requireWithout(text_view marks, std::initializer_list<text_view> values) {
+    for (const text_view value : values)
         require(value.size() <= LINE_MOST && value.find_first_of(marks) == value.npos);
 }
 
 static constexpr std::string (*READINGS[])(text_view text) = {
-    readings::smartctl,      readings::geom,        readings::devlist,  readings::identify,
-    readings::lspci,         readings::df,          readings::driveMap, readings::controllerCount,
-    readings::storcliDrives, readings::storcliCard, readings::cards,    readings::storcliVolumes,
-    readings::storcliFacts,  readings::sasList,     readings::graid,    readings::sasDisplay,
+    readings::smartctl, readings::devlist,         readings::lspci,         readings::df,
+    readings::driveMap, readings::controllerCount, readings::storcliDrives, readings::storcliCard,
+    readings::cards,    readings::storcliVolumes,  readings::storcliFacts,  readings::sasList,
+    readings::graid,    readings::sasDisplay,
 };
 
 static void readNetwork(text_view text) {
     require(parseOneLine(text).size() <= 255);
     for (const auto& [name, interface] : parseIfconfig(text)) {
         require(interface.inet6.size() <= 128 && linkSpeed(interface.media) >= 0);
-        requireWithout(" \t\n", interface.status);
+        requireWithout(" \t\n", {interface.status});
     }
     for (const listed_route& route : parseNetstat(text))
-        requireWithout(" \t\n", route.destination, route.gateway, route.interface);
+        requireWithout(" \t\n", {route.destination, route.gateway, route.interface});
     for (const auto& [name, device] : parsePciconf(text))
-        requireWithout("'\n", device.vendor, device.device);
+        requireWithout("'\n", {device.vendor, device.device});
     for (const std::string& server : parseResolvConf(text))
-        requireWithout(" \t\r\n", server);
+        requireWithout(" \t\r\n", {server});
 }
 
 // A record whose fields are the first lines.
@@ -64,7 +63,7 @@ static void readRecord(text_view text) {
     replaceEmptyToNA(record);
     require(record.size() < RECORD_SIZE);
     for (std::string& field : splitFields(record, ";:", 18))
-        requireWithout(";:\n", trim(field), std::to_string(leadingInteger(field, 0)));
+        requireWithout(";:\n", {trim(field), std::to_string(leadingInteger(field, 0))});
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -75,7 +74,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     readLanRecord(text);
     readRecord(text);
     for (const listed_process& process : parsePs(text))
-        requireWithout("\n", process.command, process.listing);
+        requireWithout("\n", {process.command, process.listing});
+    for (const geom_disk& disk : parseGeomDisks(text))
+        requireWithout(" \t\n", {disk.name});
+    requireWithout(";:\n", {parseIdentify(text).model});
     parseFdisk(text);
     parseGpart(text);
     parseNewfs(text);

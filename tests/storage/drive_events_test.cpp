@@ -2,21 +2,20 @@
 #include "storage/drive_events.h"
 
 #include "bmc_test.h"
+#include "simulator/core.h"
 #include "storage/drive_family.h"
 #include "text.h"
-
-#include <cstdio>
 
 namespace {
 
 std::string hd(const std::string& state, const std::string& index = "3") {
-    return "HD;/dev/ada0:" + state + ":S1:F1;" + index + ";SSD;N/A;c;m;9;9;9;9;9;IDE;30;";
+    return "HD;/dev/ada" + index + ":" + state + ":S1:F1;" + index + ";";
 }
 std::string it(const std::string& state, const std::string& place = "C1E2S7") {
-    return "BRCM_IT_PD;0;N/A:OK:" + state + ":S1:F1;" + place + ";HDD;N/A;m;2.00;";
+    return "BRCM_IT_PD;0;N/A:OK:" + state + ":S1:F1;" + place + ";";
 }
 std::string raid(const std::string& state, const std::string& place = "C1E252S3") {
-    return "BRCM_IR_PD;0;w:OK:" + state + ":S1:F1;" + place + ";HDD;N/A;m;2.00;";
+    return "BRCM_IR_PD;0;w:OK:" + state + ":S1:F1;" + place + ";";
 }
 
 class DriveEvents : public BmcTest {
@@ -43,18 +42,16 @@ class DriveEvents : public BmcTest {
         static_first_init = 0;
         std::string all;
         for (const Bytes& record : bmc->sent(0x04, 0x02)) {
-            EXPECT_EQ(Bytes(record.begin(), record.begin() + 3), (Bytes{0x41, 0x04, 0x0D}));
-            char text[32];
-            std::snprintf(text, sizeof text, "%s%02X %02X %02X %02X %02X", all.empty() ? "" : ", ",
-                          record[3], record[4], record[5], record[6], record[7]);
-            all += text;
+            const std::string text = bmcsim::hexText(record);
+            EXPECT_EQ(text.substr(0, 9), "41 04 0D ");
+            all += (all.empty() ? "" : ", ") + text.substr(9);
         }
         bmc->forget();
         return all;
     }
 };
 
-TEST_F(DriveEvents, OfStates) {
+TEST_F(DriveEvents, OfStatesAndPlaces) {
     const struct {
         std::string first, second; // records of one drive
         const char *at_first, *then;
@@ -71,37 +68,31 @@ TEST_F(DriveEvents, OfStates) {
         {raid("xDHS"), raid("UBad?"), "", ""},
         // Longer than what is remembered of a state, which must not seem to change for ever.
         {hd(std::string(45, '-') + "REBUILD"), hd(std::string(45, '-') + "REBUILD"), "", ""},
+        {"HD;/dev/ada1:Fail", "", "FF 70 A1 00 FF", "FF 70 A0 00 FF"},
+        {hd("Fail", "99999999999") + std::string(40, ';'), hd("OK", "99999999999"),
+         "FF 70 A1 FF FF", "FF F0 A1 FF FF"},
+        {it("Degraded", "C5E70S260"), "", "5F 70 A2 04 46", "5F 70 A0 04 46"},
+        {it("Degraded", "C1ES7"), "HDX;/dev/ada0:Fail:S:F;3;", "5F 70 A2 00 40", "5F 70 A0 00 40"},
+        {raid("Degraded", "N/A"), raid("Onln", "N/A"), "FF 70 A2 00 FF", "FF F0 A2 00 FF"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(firstPass({row.first}), row.at_first) << row.first;
         EXPECT_EQ(pass({row.second}), row.then) << row.first;
     }
+    // Missing onboard drives without a number take the byte of the one before, zero at first.
+    firstPass({hd("OK", "N/A"), hd("OK", "300"), hd("OK", "x")});
+    EXPECT_EQ(pass({}), "FF 70 A0 00 FF, FF 70 A0 2C FF, FF 70 A0 2C FF");
+    // Of two records of a place the first counts.
+    EXPECT_EQ(firstPass({raid("UBad"), raid("Onln")}), "FF 70 A1 13 FF");
 }
 
-TEST_F(DriveEvents, OfOddRecords) {
-    // Missing onboard drives without a number take the byte of the one before, zero at first.
-    Lines records;
-    for (const char* index : {"N/A", "300", "x"})
-        records.push_back("HD;/dev/ada" + std::string(index) + ":OK:S:F;" + index + ";");
-    firstPass(records);
-    EXPECT_EQ(pass({}), "FF 70 A0 00 FF, FF 70 A0 2C FF, FF 70 A0 2C FF");
-
-    const struct {
-        Lines records;
-        const char* expected;
-    } rows[] = {
-        {{"", "HDX;/dev/ada0:Fail:S:F;3;"}, ""},
-        {{"HD;/dev/ada1:Fail"}, "FF 70 A1 00 FF"},
-        {{"HD;/dev/ada2:Fail:S:F;99999999999;" + std::string(40, ';')}, "FF 70 A1 FF FF"},
-        {{it("Degraded", "C5E70S260"), it("Missing", "C1E2S3")}, "5F 70 A2 04 46"},
-        {{it("Degraded", "C1ES7")}, "5F 70 A2 00 40"},
-        {{raid("Degraded", "N/A")}, "FF 70 A2 00 FF"},
-        {{raid("UBad"), raid("Onln")}, "FF 70 A1 13 FF"}, // two records of a place make one state
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(firstPass(row.records), row.expected) << row.records[0];
-        EXPECT_EQ(pass(row.records), "") << "again: " << row.records[0];
-    }
+TEST_F(DriveEvents, OnlyWhatWasRefusedIsToldAgain) {
+    firstPass({hd("FAILED")});
+    bmc->queue(0x04, 0x02, {Bytes{0}, Bytes{0x81}, Bytes{0x81}});
+    EXPECT_EQ(pass({hd("Fail")}), "FF 70 A1 03 FF, FF F0 A6 03 FF");
+    EXPECT_EQ(pass({hd("OK")}), "FF F0 A6 03 FF");
+    EXPECT_EQ(pass({hd("OK")}), "FF F0 A6 03 FF, FF F0 A1 03 FF");
+    EXPECT_EQ(pass({hd("OK")}), "");
 }
 
 } // namespace

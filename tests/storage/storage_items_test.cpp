@@ -24,10 +24,10 @@ TEST(StorageItems, ArriveInPiecesUntilThePassIsFull) {
         storage_items items;
         for (int i = 0; i < row.times; ++i)
             items.add(row.record);
-        int total = 0;
-        const list* last = nullptr;
-        for (const list* item = items.head(); item != nullptr; item = item->next, ++total)
-            last = item;
+        const list* last = items.head();
+        int total = 1;
+        for (; last->next != nullptr; last = last->next)
+            ++total;
         EXPECT_EQ(items.count(), row.count);
         EXPECT_EQ(total, row.items);
         EXPECT_EQ(last->no, row.count - 1);

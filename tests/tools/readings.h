@@ -7,7 +7,6 @@
 #include "storage/smart_health.h"
 #include "text.h"
 #include "tools/camcontrol.h"
-#include "tools/geom.h"
 #include "tools/graid.h"
 #include "tools/lspci.h"
 #include "tools/sas3ircu.h"
@@ -36,13 +35,6 @@ inline std::string smartctl(text_view text) {
         {smartHealth(told, true), told.serial, told.firmware, told.rotation, told.temperature});
 }
 
-inline std::string geom(text_view text) {
-    std::string told;
-    for (const geom_disk& disk : parseGeomDisks(text))
-        told += row({bare(disk.name), shown(disk.bytes)});
-    return told;
-}
-
 inline std::string devlist(text_view text) {
     std::string told;
     for (const cam_device& device : parseDevlist(text)) {
@@ -51,11 +43,6 @@ inline std::string devlist(text_view text) {
             told += word + " ";
     }
     return told;
-}
-
-inline std::string identify(text_view text) {
-    const identify_facts told = parseIdentify(text);
-    return row({told.model, told.trim ? "SSD" : "HDD"});
 }
 
 inline std::string lspci(text_view text) {
