@@ -58,21 +58,12 @@ static void readLanRecord(text_view text) {
     require(std::count(record.begin(), record.end(), ';') == LAN_FIELDS);
 }
 
-static void readRecord(text_view text) {
-    std::string record(text);
-    replaceEmptyToNA(record);
-    require(record.size() < RECORD_SIZE);
-    for (std::string& field : splitFields(record, ";:", 18))
-        requireWithout(";:\n", {trim(field), std::to_string(leadingInteger(field, 0))});
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const text_view text(reinterpret_cast<const char*>(data), size);
     for (const auto reading : READINGS)
         require(reading(text).find_first_of(";:\n") == std::string::npos);
     readNetwork(text);
     readLanRecord(text);
-    readRecord(text);
     for (const listed_process& process : parsePs(text))
         requireWithout("\n", {process.command, process.listing});
     for (const geom_disk& disk : parseGeomDisks(text))

@@ -65,7 +65,6 @@ TEST_F(DriveEvents, OfStatesAndPlaces) {
         {it("Rebuilding 5%"), it("xDegraded"), "", "5F F0 A7 07 42"},
         {it("HotSpares"), it("Ready"), "", "5F F0 A3 07 42"},
         {raid("xOutofSync"), raid("xRbld"), "", "FF F0 A5 13 FF"},
-        {raid("xDHS"), raid("UBad?"), "", ""},
         // Longer than what is remembered of a state, which must not seem to change for ever.
         {hd(std::string(45, '-') + "REBUILD"), hd(std::string(45, '-') + "REBUILD"), "", ""},
         {"HD;/dev/ada1:Fail", "", "FF 70 A1 00 FF", "FF 70 A0 00 FF"},

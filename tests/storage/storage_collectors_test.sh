@@ -13,8 +13,6 @@ ask() { "$build/bmcsim" --ask "$work/control" "$@"; }
 ask help >/dev/null || exit
 "$build/IPMIVYN-sim" -agent "$1" >"$work/printed" || exit
 ask raw 199 >"$work/uploaded"
-ask wait 0 selector 199 count "$(wc -l <"$work/uploaded")" >/dev/null || echo 'count of uploads'
-ask complaints
 COLLECT
 
 failed=0

@@ -113,7 +113,6 @@ TEST(Tools, Readings) {
          DRIVES "Enclosure # : 1\nSlot# : 1\nEnclosure # : 1\nSlot # : 2\nState : Standby\n",
          ",,,,|1,1,,-,,,,,|1,2,Standby,-,,,,,|"},
 
-        {graid, "Geom name:\nState: x\nProviders:\n1. Name: raid/r0\n", ""},
         // Of two providers the first counts.
         {graid,
          "Geom name: A\nState: DEGRADED\nProviders:\n1. Name: raid/r;0\n   State: OPTIMAL\n"
