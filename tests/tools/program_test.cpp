@@ -69,7 +69,7 @@ TEST(Program, NothingThatHangsIsWaitedForNorLeftBehind) {
         milliseconds time;
         bool (*given_up)();
     } cases[] = {
-        {"echo $$; exec sleep 1000", program_end::timed_out, milliseconds(500), nullptr},
+        {"sleep 1000 & echo $!; wait", program_end::timed_out, milliseconds(500), nullptr},
         {"echo $$; exec sleep 1000", program_end::timed_out, seconds(60), [] { return true; }},
         {"echo $$; while sleep 0.1; do printf x; done", program_end::timed_out, milliseconds(500),
          nullptr},
