@@ -2,35 +2,25 @@
 // stand-in tools first in PATH. It exists as long as the object; one at a time.
 #pragma once
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
-#include <system_error>
 #include <unistd.h>
 
 class recorded_host {
   public:
     recorded_host() {
         char name[] = "/tmp/recorded_host.XXXXXX";
-        if (mkdtemp(name) == nullptr) {
-            std::perror("mkdtemp");
-            std::abort();
-        }
-        m_folder = name;
+        m_folder = mkdtemp(name);
         std::filesystem::create_directory(m_folder / "bin");
-        const char* path = std::getenv("PATH");
-        m_path = path == nullptr ? "/usr/bin:/bin" : path;
         setenv("PATH", ((m_folder / "bin").string() + ":" + m_path).c_str(), 1);
         setenv("VYN_SIM_HOST", m_folder.c_str(), 1);
     }
     ~recorded_host() {
         setenv("PATH", m_path.c_str(), 1);
         unsetenv("VYN_SIM_HOST");
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
+        std::filesystem::remove_all(m_folder);
     }
     recorded_host(const recorded_host&) = delete;
     recorded_host& operator=(const recorded_host&) = delete;
@@ -54,15 +44,8 @@ class recorded_host {
     void remove(const std::string& name) const {
         std::filesystem::remove_all(m_folder / name);
     }
-    std::filesystem::path path(const std::string& name) const {
-        return m_folder / name;
-    }
-    std::string read(const std::string& name) const {
-        std::ifstream stream(m_folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    }
 
   private:
     std::filesystem::path m_folder;
-    std::string m_path;
+    const std::string m_path = std::getenv("PATH");
 };

@@ -1,74 +1,136 @@
-// What the storage collectors make of whole recorded servers: expected/HOST.txt holds the records
-// of each collector that finds any.
-#include "fake_programs.h"
+// What the storage collectors make of whole recorded servers, and what they ask. expected/HOST.txt
+// holds a host's records without the ";" at their ends.
+#include "sandbox.h"
+#include "state/flags.h"
+#include "storage/listing.h"
 #include "storage/megaraid.h"
 #include "storage/onboard.h"
 #include "storage/raid_card.h"
 #include "storage/rste.h"
 #include "storage/sas3008.h"
+#include "tools/ask.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <map>
+#include <sstream>
 
 namespace {
 
+const std::filesystem::path STORAGE_TESTS = std::filesystem::path(__FILE__).parent_path();
+
 using collector = void (*)(storage_items& items, const char* label);
-const std::pair<const char*, std::vector<collector>> COLLECTORS[] = {
-    {"inventory", {collectMegaraid, collectSas3008, collectOnboard}},
-    {"raid_card", {collectRaidCards}},
-    {"lsi", {collectLsi}},
-    {"rste", {collectRste}},
-};
+
+std::string folder;                           // of the recorded host
+std::map<std::string, program_answer> others; // in place of the host's answers, by command line
+std::vector<std::string> asked;
+
+program_answer run(const command_line& words, const program_limits& limits) {
+    std::string line;
+    for (const std::string& word : words)
+        line += (line.empty() ? "" : " ") + word;
+    asked.push_back(line);
+    const auto other = others.find(line);
+    return other == others.end() ? runProgram(words, limits) : other->second;
+}
+
+std::optional<std::string> readConfiguration(const char* path) {
+    return path == std::string("/opt/norvik/vyn.ini")
+               ? "  raidCards = \"northwind raid|x  y\";\n"
+               : "Hdd count,3\nCVS240A00719,8\nCVS240A0071,5\nxFX77AB0501x,3\n";
+}
+
+// False where a sandbox is denied.
+bool play(const std::string& host) {
+    if (!enterSandbox())
+        return false;
+    setStopFlag(0);
+    folder = STORAGE_TESTS.string() + "/../../hosts/" + host;
+    setenv("PATH", (folder + "/bin").c_str(), 1);
+    tools.run = run;
+    tools.read_file = readConfiguration;
+    tools.list_folder = [](const char* path) { return listFolder((folder + path).c_str()); };
+    return true;
+}
 
 std::string told(const std::vector<collector>& collectors) {
+    beginAskingCycle();
+    asked.clear();
     storage_items items;
     for (const collector collect : collectors)
-        collect(items, "test ->");
+        collect(items, "label ->");
     std::string text;
     for (const list* item = items.head(); item != nullptr; item = item->next)
         text.append(item->parm).append("\n");
     return text;
 }
 
-// The records of a collector in the file of a host.
-std::string expected(const std::string& host, const std::string& wanted) {
-    std::ifstream file(std::filesystem::path(__FILE__).parent_path() / "expected" /
-                       (host + ".txt"));
-    std::string records, section;
-    for (std::string line; std::getline(file, line);) {
-        if (line.front() == '[') {
-            section = line.substr(1, line.find(']') - 1);
-            line.erase(0, section.size() + 3);
-        }
-        if (section == wanted)
-            records += line + ";\n";
-    }
-    return records;
-}
-
-class RecordedHost : public testing::TestWithParam<const char*> {};
+struct recording {
+    const char* host;
+    std::vector<collector> collectors;
+};
+class RecordedHost : public testing::TestWithParam<recording> {};
 
 TEST_P(RecordedHost, IsToldAsEver) {
-    const std::string host = GetParam();
-    fake_programs programs;
-    programs.play(host);
-    programs.files["/opt/norvik/vyn.ini"] = "  raidCards = \"northwind raid|x  y\";\n";
-    programs.files["/opt/norvik/vyn.hdd.ini"] =
-        "Hdd count,3\nCVS240A00719,8\nCVS240A0071,5\nxFX77AB0501x,3\n";
-    for (const auto& [name, collectors] : COLLECTORS)
-        // The members of RSTe volumes are onboard disks too; only one of both is collected.
-        if (host.find("rste") == host.npos || name != std::string("inventory")) {
-            EXPECT_EQ(told(collectors), expected(host, name)) << name;
-        }
+    const auto& [host, collectors] = GetParam();
+    if (!play(host))
+        GTEST_SKIP() << SANDBOX_DENIED;
+    std::istringstream file(fileText(STORAGE_TESTS / "expected" / (std::string(host) + ".txt")));
+    std::string expected;
+    for (std::string line; std::getline(file, line);)
+        expected += line + ";\n";
+    EXPECT_EQ(told(collectors), expected) << host;
 }
 
-INSTANTIATE_TEST_SUITE_P(Storage, RecordedHost,
-                         testing::Values("storage-megaraid", "storage-sas3008-ir",
-                                         "storage-rste-one", "storage-rste-two", "storage-raidcard",
-                                         "storage-onboard"),
-                         [](const auto& host) {
-                             std::string name = host.param;
-                             std::replace(name.begin(), name.end(), '-', '_');
-                             return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Storage, RecordedHost,
+    testing::Values(recording{"storage-megaraid", {collectMegaraid, collectSas3008, collectLsi}},
+                    recording{"storage-sas3008-ir", {collectMegaraid, collectSas3008}},
+                    recording{"storage-rste-two", {collectRste}},
+                    recording{"storage-raidcard", {collectMegaraid, collectRaidCards}},
+                    recording{"storage-onboard", {collectMegaraid, collectOnboard}}));
+
+TEST(Collectors, AskNoMoreThanTheyNeed) {
+    if (!play("storage-onboard"))
+        GTEST_SKIP() << SANDBOX_DENIED;
+    for (const collector collect :
+         {collectMegaraid, collectLsi, collectSas3008, collectRste, collectOnboard}) {
+        storage_items full;
+        while (!full.full())
+            full.add("x");
+        collect(full, "label ->");
+    }
+    EXPECT_EQ(asked, (std::vector<std::string>{"storcli show", "sas3ircu list", "graid list"}));
+    storage_items items;
+    while (items.count() < STORAGE_LINES_MOST - 3)
+        items.add("x");
+    collectOnboard(items, "label ->");
+    EXPECT_EQ(asked.back(), "newfs -N /dev/ada0p2");
+
+    // Controllers stay while the same disks are listed, and so does what was known of them.
+    const std::string records = told({collectOnboard});
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), "lspci -v"), 0);
+    others["lspci -v"] = {program_end::timed_out, 0, ""};
+    others["geom disk list"] = {program_end::exited, 0,
+                                fileText(folder + "/out/geom_disk_list") + "Geom name: cd7\n"};
+    EXPECT_EQ(told({collectOnboard}), records);
+    EXPECT_EQ(std::count(asked.begin(), asked.end(), "lspci -v"), 1);
+}
+
+TEST(Collectors, LogOnceThatStorcliCantBeStarted) {
+    if (!play("storage-raidcard"))
+        GTEST_SKIP() << SANDBOX_DENIED;
+    for (const char* question : {"storcli /c0 show", "storcli /c1/vall show all"})
+        others[question] = {program_end::not_started, 0, ""};
+    told({collectRaidCards});
+    EXPECT_EQ(datedLog("err"), std::vector<std::string>{"label ->  command not found"});
+}
+
+TEST(Listing, MembersThatDontFitAreLeftOutWhole) {
+    const std::vector<std::string> members(90, "C0E252S7");
+    EXPECT_EQ(withList("x;", members, ',', ";1").size(), 2U + 27 * 9 - 1 + 2);
+    EXPECT_EQ(withList(std::string(250, 'x'), members, ',', ";1"), std::string(250, 'x') + ";1");
+    EXPECT_EQ(withList("x;", {"1", "", "2"}, ':'), "x;1::2");
+}
 
 } // namespace

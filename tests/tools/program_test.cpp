@@ -28,44 +28,37 @@ bool ends(const std::string& pid) {
 TEST(Program, Answers) {
     const recorded_host host;
     setenv("LC_ALL", "xx_XX", 1);
-    for (const char* name : {"BLOCKSIZE", "UNAME_r", "LIBXO_OPTIONS", "KEPT"})
+    for (const char* name : {"BLOCKSIZE", "UNAME_r", "KEPT"})
         setenv(name, name, 1);
     ASSERT_EQ(dup2(STDIN_FILENO, 9), 9);
-    sigset_t all, before;
+    sigset_t all;
     sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
+    pthread_sigmask(SIG_BLOCK, &all, nullptr);
     const struct {
         const char* script;
         program_end end;
         int status;
         std::string text;
     } cases[] = {
-        {"printf 'a\\n\\nb'", program_end::exited, 0, "a\n\nb"},
-        {"printf 'a\\0\\r\\tb\\033\\177\\303c\\n'; exit 3", program_end::exited, 3, "a\tb\303c\n"},
+        {"printf 'a\\0\\r\\tb\\033\\177\\303c\\n\\nd'; exit 3", program_end::exited, 3,
+         "a\tb\303c\n\nd"},
         {"echo x; kill -9 $$", program_end::exited, 137, "x\n"},
         {"kill -TERM $$; echo still here", program_end::exited, 143, ""},
         {"cat; echo eof >&2", program_end::exited, 0, ""},
-        {"echo $LC_ALL,$BLOCKSIZE,$UNAME_r,$LIBXO_OPTIONS,$KEPT", program_end::exited, 0,
-         "C,,,,KEPT\n"},
+        {"echo $LC_ALL,$BLOCKSIZE,$UNAME_r,$KEPT", program_end::exited, 0, "C,,,KEPT\n"},
         {"[ -e /proc/self/fd/9 ] && echo inherited", program_end::exited, 1, ""},
         {"echo \"$1|$2\"", program_end::exited, 0, "$(id) '\"|*\n"},
         {"head -c 100000000 /dev/zero | tr '\\0' x", program_end::cut, 0, std::string(1000, 'x')},
-        {"printf x; exec sleep 1000", program_end::timed_out, 0, "x"},
     };
     for (const auto& c : cases) {
         host.tool("tool", c.script);
-        const program_answer answer =
-            runProgram({"tool", "$(id) '\"", "*"},
-                       {milliseconds(c.end == program_end::timed_out ? 300 : 20000), 1000});
+        const program_answer answer = runProgram({"tool", "$(id) '\"", "*"}, {seconds(20), 1000});
         EXPECT_EQ(answer.end, c.end) << c.script;
         EXPECT_EQ(answer.exit_status, c.status) << c.script;
         EXPECT_EQ(answer.text, c.text) << c.script;
     }
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    close(9);
-    for (const char* name : {"no-such-tool", "bin", ""})
-        EXPECT_EQ(runProgram({name}, {}).end, program_end::missing) << name;
-    EXPECT_EQ(runProgram({}, {}).end, program_end::missing);
+    for (const command_line& none : {command_line{}, {""}, {"no-such-tool"}, {"bin"}})
+        EXPECT_EQ(runProgram(none, {}).end, program_end::missing);
 }
 
 TEST(Program, NothingThatHangsIsWaitedForNorLeftBehind) {
@@ -76,7 +69,7 @@ TEST(Program, NothingThatHangsIsWaitedForNorLeftBehind) {
         milliseconds time;
         bool (*given_up)();
     } cases[] = {
-        {"echo $$; exec sleep 1000", program_end::timed_out, milliseconds(500), nullptr},
+        {"sleep 1000 & echo $!; wait", program_end::timed_out, milliseconds(500), nullptr},
         {"echo $$; exec sleep 1000", program_end::timed_out, seconds(60), [] { return true; }},
         {"echo $$; while sleep 0.1; do printf x; done", program_end::timed_out, milliseconds(500),
          nullptr},
@@ -100,8 +93,7 @@ TEST(Program, NoDescriptorLeft) {
     EXPECT_EQ(runProgram({"tool"}, {}).text, "x\n");
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
-    rlimit none = before;
-    none.rlim_cur = 3;
+    const rlimit none{3, before.rlim_max};
     setrlimit(RLIMIT_NOFILE, &none);
     EXPECT_EQ(runProgram({"tool"}, {}).end, program_end::not_started);
     setrlimit(RLIMIT_NOFILE, &before);
