@@ -13,6 +13,7 @@
 #include "tools/ifconfig.h"
 
 #include <atomic>
+#include <thread>
 
 namespace {
 

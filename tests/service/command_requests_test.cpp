@@ -2,6 +2,7 @@
 
 #include "bmc/command_fetch.h"
 #include "bmc_test.h"
+#include "simulator/command_slot.h"
 
 #include <algorithm>
 
@@ -54,20 +55,18 @@ TEST_F(CommandTest, FetchingInChunks) {
     std::generate(text.begin(), text.end(), [n = 0]() mutable { return char('a' + n++ % 26); });
     for (const std::size_t size : {0U, 1U, 32U, 40U, 1023U, 1024U, 9000U}) {
         bmc->forget();
+        bmcsim::CommandSlot slot;
+        bmcsim::Ledger ledger; // complains of every fetch that is not the right one
+        postCommand(slot, ledger, {207, 7, text.substr(0, size)});
         bmc->handle(0x06, 0x59, [&](const auto& request) {
-            const unsigned offset = request.data.at(5) + 255U * request.data.at(6);
-            const std::string piece = text.substr(0, size).substr(offset, request.data.at(7));
-            return chunk(static_cast<unsigned>(size), offset, static_cast<unsigned>(piece.size()),
-                         7, piece);
+            return fetchCommand(slot, 1, ledger, request.data);
         });
         const fetched_command command = fetchCommand();
         EXPECT_TRUE(command.complete);
         EXPECT_EQ(command.text, text.substr(0, std::min<std::size_t>(size, 1023))) << size;
         EXPECT_EQ(bmc->sent(0x06, 0x59).size(), std::max<std::size_t>(1, (size + 31) / 32));
+        EXPECT_EQ(ledger.complaints, Lines());
     }
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[0], Bytes({0x10, 0xCF, 0, 0, 0, 0, 0, 32}));
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[9], Bytes({0x10, 0xCF, 0, 7, 0, 33, 1, 32}));   // offset 288
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[255], Bytes({0x10, 0xCF, 0, 7, 0, 0, 32, 32})); // offset 8160
 }
 
 TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
@@ -76,41 +75,34 @@ TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
         const char* name;
         std::vector<Bytes> answers;
         bool released;
-        bool refused = false;
     } const cases[] = {
+        {"nothing", {{0x00}}, false},
         {"no bytes though owed", {chunk(7, 0, 0, 0, "")}, false},
         {"longer than the total", {chunk(7, 0, 8, 1, "x;abc;\x03z")}, true},
         {"offset beyond the total", {chunk(7, 9, 7, 1, "x;abc;\x03")}, true},
         {"fewer bytes than told", {chunk(7, 0, 7, 1, "x;abc;")}, true},
-        {"second refused", {chunk(40, 0, 32, 1, first), {0x80}}, true, true},
+        {"longer than any", {chunk(2000, 0, 255, 1, std::string(1500, ';'))}, true},
+        {"second refused", {chunk(40, 0, 32, 1, first), {0x80}}, true},
         {"second empty", {chunk(40, 0, 32, 1, first), chunk(40, 32, 0, 1, "")}, true},
         {"second repeats", {chunk(64, 0, 32, 1, first), chunk(64, 0, 32, 1, first)}, true},
         {"total shrinks", {chunk(64, 0, 32, 1, first), chunk(40, 32, 8, 1, "12345678")}, true},
     };
-    std::size_t lines = 0;
+    bmc->handle(0x06, 0x58, [](const auto&) { return setStopFlag(1), Bytes{0}; }); // of one round
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        bmc->forget();
-        bmc->answer(0x06, 0x59, chunk(0, 0, 0, 0, ""));
-        bmc->queue(0x06, 0x59, c.answers);
-        std::thread worker(command_request_handler, nullptr);
-        EXPECT_TRUE(bmc->waitUntil([&] {
-            command_request_schedule.wake();
-            return bmc->sent(0x06, 0x59).size() > c.answers.size();
-        }));
-        setStopFlag(1);
-        command_request_schedule.wake();
-        worker.join();
         setStopFlag(0);
-        const auto log = datedLog("err");
-        ASSERT_EQ(log.size(), ++lines);
-        EXPECT_EQ(log.back(), c.refused ? "get command request command fail, cCode->  128"
-                                        : "Command request command error   invalid data length");
-        const auto uploads = bmc->uploads();
-        EXPECT_EQ(uploads[0], (Upload{208, 0, ""}));
-        EXPECT_EQ(uploads[1], c.released ? (Upload{207, 1, ""}) : (Upload{208, 0, ""}));
-        EXPECT_EQ(std::count(uploads.begin(), uploads.end(), Upload{207, 1, ""}), c.released);
+        bmc->forget();
+        bmc->queue(0x06, 0x59, c.answers);
+        command_request_handler(nullptr);
+        EXPECT_EQ(bmc->sent(0x06, 0x59).size(), c.answers.size());
+        std::vector<Upload> uploads{{208, 0, ""}};
+        if (c.released)
+            uploads.push_back({207, 1, ""});
+        EXPECT_EQ(bmc->uploads(), uploads);
     }
+    Lines lines(8, "Command request command error   invalid data length");
+    lines.insert(lines.begin() + 5, "get command request command fail, cCode->  128");
+    EXPECT_EQ(datedLog("err"), lines);
 }
 
 } // namespace
