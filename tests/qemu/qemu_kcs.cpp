@@ -1,161 +1,112 @@
 // The KCS exchange against hardware that somebody else wrote: QEMU's isa-ipmi-kcs, driven port by
-// port without a guest. Its BMC is bmcsim.
+// port without a guest, in front of the BMC simulator.
+#include "bmc/parameter_upload.h"
 #include "kcs_exchange.h"
 #include "kcs_linux.h"
 #include "platform/platform.h"
-#include "qemu/line_child.h"
-#include "simulator/core.h"
+#include "simulator/server.h"
 #include "smipmi.h"
 
-#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <numeric>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
 namespace {
 
 using bmcsim::hexText;
-using std::chrono::steady_clock;
 using bytes = bmcsim::Bytes;
 
-constexpr BYTE TEST_COMMAND = 0x77; // of NETFN_OEM; bmcsim has nothing of its own there
+constexpr BYTE TEST_COMMAND = 0x77; // of NETFN_OEM; the simulator has nothing of its own there
 
 constexpr const char* EXIT_LINE = "\n [kcs] kcs_error_exit:\n";
 constexpr const char* ERROR_LINES = "\n [kcs] kcs_error:\n\n [kcs] kcs_error_exit:\n";
 
-line_child* machine = nullptr; // whose ports these are; null: they float
+int machine = -1; // the machine whose ports these are; -1: they float
 
-std::string ask(const std::string& command) {
-    if (machine == nullptr)
-        return "";
-    machine->send(command);
-    return machine->receive();
+// What the machine answers to a line; empty when it has ended or is silent for 10 s.
+std::string ask(const std::string& line) {
+    std::string answer;
+    if (send(machine, (line + "\n").data(), line.size() + 1, MSG_NOSIGNAL) > 0)
+        for (char byte = 0; recv(machine, &byte, 1, 0) == 1 && byte != '\n';)
+            answer += byte;
+    return answer;
 }
 
-bytes counting(std::size_t length, std::size_t first) {
+bytes counting(std::size_t length) {
     bytes data(length);
-    std::iota(data.begin(), data.end(), static_cast<BYTE>(first));
+    std::iota(data.begin(), data.end(), BYTE{0x9A});
     return data;
 }
 
-class QemuKcs : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (std::system("command -v qemu-system-x86_64 >/dev/null") != 0)
-            GTEST_SKIP() << "qemu-system-x86_64 is not installed";
-        setenv("VYN_SIM_TRANSPORT", "kcs", 1); // no device node
-        char folder[] = "/tmp/qemu_kcs.XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(folder));
-        m_folder = folder;
-        const std::string path = m_folder + "/bmc";
-        ASSERT_TRUE(bmc.start({BMCSIM, "--listen", path}));
-        ASSERT_NE("", bmc.receive()); // listening
-        order("trace on");
-        ASSERT_TRUE(qemu.start({"qemu-system-x86_64", "-accel", "tcg", "-display", "none", "-qtest",
-                                "stdio", "-qtest-log", "none", "-nodefaults", "-boot", "n",
-                                "-chardev", "socket,id=ipmi0,path=" + path + ",reconnect=1",
-                                "-device", "ipmi-bmc-extern,chardev=ipmi0,id=bmc0", "-device",
-                                "isa-ipmi-kcs,bmc=bmc0"}));
-        machine = &qemu;
-        ASSERT_TRUE(answersWithin(10));
+// The process of a machine with a BMC behind a socket.
+pid_t startMachine(const std::string& bmc) {
+    const std::string command = "exec qemu-system-x86_64 -accel tcg -display none -qtest stdio "
+                                "-qtest-log none -nodefaults -boot n -device "
+                                "ipmi-bmc-extern,chardev=ipmi0,id=bmc0 -device isa-ipmi-kcs,"
+                                "bmc=bmc0 -chardev socket,id=ipmi0,reconnect=1,path=" +
+                                bmc;
+    int ends[2] = {-1, -1};
+    EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends));
+    const pid_t process = fork();
+    if (process == 0) {
+        dup2(ends[1], STDIN_FILENO);
+        dup2(ends[1], STDOUT_FILENO);
+        execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+        _exit(127);
     }
-    void TearDown() override {
-        machine = nullptr;
-        if (!m_folder.empty() && std::system(("rm -rf " + m_folder).c_str()) != 0)
-            ADD_FAILURE() << "left behind: " << m_folder;
-    }
-
-    // Gives bmcsim a command; returns the last line of its reply before the closing "ok".
-    std::string order(const std::string& command) {
-        bmc.send(command);
-        std::string last, line;
-        while ((line = bmc.receive()) != "ok") {
-            last = line;
-            if (line.empty() || line.compare(0, 5, "error") == 0) {
-                ADD_FAILURE() << command << ": " << line;
-                break;
-            }
-        }
-        return last;
-    }
-
-    BYTE request(BYTE netFn, BYTE cmd, const bytes& data) {
-        answer.assign(RESPONSE_SIZE, 0);
-        DWORD length = 0;
-        testing::internal::CaptureStdout();
-        const auto start = steady_clock::now();
-        const BYTE code = runIpmiCmd(BMC_ADDRESS, netFn, cmd, data.data(),
-                                     static_cast<int>(data.size()), answer.data(), &length);
-        seconds = std::chrono::duration<double>(steady_clock::now() - start).count();
-        printed = testing::internal::GetCapturedStdout();
-        answer.resize(length);
-        return code;
-    }
-
-    // Asks for the device id until the BMC answers.
-    bool answersWithin(int limit) {
-        const auto deadline = steady_clock::now() + std::chrono::seconds(limit);
-        while (steady_clock::now() < deadline) {
-            if (request(NETFN_APP, CMD_GET_DEVICE_ID, {}) == 0 && ipmi_ver == 0x02)
-                return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        }
-        return false;
-    }
-
-    // Both sides see the bytes that the other has sent; what the frame can't hold is lost.
-    void expectExchange(const bytes& data, const bytes& response) {
-        SCOPED_TRACE(testing::Message() << data.size() << " -> " << response.size());
-        order("log clear");
-        order("answer 30/77 00 " + hexText(response));
-        ASSERT_EQ(0, request(NETFN_OEM, TEST_COMMAND, data));
-        const std::size_t stored = std::min<std::size_t>(response.size(), FRAME_SIZE - 3);
-        ASSERT_EQ(hexText(bytes(response.data(), response.data() + stored)), hexText(answer));
-        const std::string log = order("log");
-        ASSERT_NE(std::string::npos, log.find("30/77 " + hexText(data) + " -> 00")) << log;
-    }
-
-    line_child bmc, qemu;
-    bytes answer; // of the latest request
-    std::string printed;
-    double seconds = 0;
-
-  private:
-    std::string m_folder;
-};
-
-} // namespace
-
-int platform::io_open() {
-    return machine == nullptr ? -1 : 0;
+    close(ends[1]);
+    machine = ends[0];
+    const timeval limit{10, 0};
+    setsockopt(machine, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    return process;
 }
 
-std::uint8_t platform::inb(std::uint16_t port) {
-    const std::string answer = ask("inb " + std::to_string(port));
-    return answer.compare(0, 3, "OK ") == 0
-               ? static_cast<std::uint8_t>(std::stoul(answer.substr(3), nullptr, 16))
-               : std::uint8_t{0xFF};
+bytes answer; // of the latest request
+std::string printed;
+
+BYTE request(BYTE netFn, BYTE cmd, const bytes& data = {}) {
+    answer.assign(RESPONSE_SIZE, 0);
+    DWORD length = 0;
+    testing::internal::CaptureStdout();
+    const BYTE code = runIpmiCmd(BMC_ADDRESS, netFn, cmd, data.data(),
+                                 static_cast<int>(data.size()), answer.data(), &length);
+    printed = testing::internal::GetCapturedStdout();
+    answer.resize(length);
+    return code;
 }
 
-void platform::outb(std::uint8_t value, std::uint16_t port) {
-    ask("outb " + std::to_string(port) + " " + std::to_string(value));
+// Asks for the device id until the BMC answers, for some seconds.
+bool answers() {
+    for (int tries = 200; tries > 0; --tries) {
+        if (request(NETFN_APP, CMD_GET_DEVICE_ID) == 0 && ipmi_ver == 0x02)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
 }
 
-// Every length both ways, past the sequence numbers that must be escaped and past 255.
-TEST_F(QemuKcs, CarriesEveryLength) {
-    for (std::size_t length = 0; length <= 126 && !HasFailure(); ++length)
-        expectExchange(counting(length, 0x58 + length), counting(126 - length, 0x9A + length));
-    for (const std::size_t length : {125u, 126u, 200u, 250u})
-        expectExchange({0x01}, counting(length, 0x60));
+// What the frame can't hold is lost. Sequence numbers go past those that must be escaped and past
+// 255.
+constexpr std::size_t LENGTHS[] = {0, 1, 64, 125, 126, 250};
+void carryFrames(const std::string& text) {
+    for (const std::size_t length : LENGTHS) { // the first byte tells what is to be answered
+        EXPECT_EQ(0, request(NETFN_OEM, TEST_COMMAND, {static_cast<BYTE>(length), 0xA0}));
+        EXPECT_EQ(hexText(counting(std::min<std::size_t>(length, FRAME_SIZE - 3))),
+                  hexText(answer));
+    }
+    ipmiCmdSet(PARM_OS_NAME, text);
     for (int i = 0; i < 250; ++i)
-        ASSERT_EQ(0, request(NETFN_APP, CMD_GET_DEVICE_ID, {})) << i;
-    EXPECT_EQ("", order("complaints"));
+        ASSERT_EQ(0, request(NETFN_APP, CMD_GET_DEVICE_ID)) << i;
 }
 
 // What a dead predecessor may have left behind costs one request, which says so, and no more.
-TEST_F(QemuKcs, RecoversFromEveryState) {
+void recoverFromEveryState() {
     constexpr int DATA = 0x100; // goes to the data port, others to the command port
     const struct {
         const char* name;
@@ -174,34 +125,76 @@ TEST_F(QemuKcs, RecoversFromEveryState) {
         SCOPED_TRACE(state.name);
         for (const int value : state.written)
             ((value & DATA) != 0 ? kcs_WriteData : kcs_WriteCommand)(static_cast<BYTE>(value));
-        EXPECT_EQ(state.lost ? TRANSPORT_FAILED : 0, request(NETFN_APP, CMD_GET_DEVICE_ID, {}));
+        EXPECT_EQ(state.lost ? TRANSPORT_FAILED : 0, request(NETFN_APP, CMD_GET_DEVICE_ID));
         EXPECT_EQ(state.lost ? ERROR_LINES : "", printed);
-        EXPECT_EQ(0, request(NETFN_APP, CMD_GET_DEVICE_ID, {}));
+        EXPECT_EQ(0, request(NETFN_APP, CMD_GET_DEVICE_ID));
     }
 }
 
-// QEMU answers for a silent BMC after 4 seconds, and for one that hangs up at once.
-TEST_F(QemuKcs, SurvivesASickBmc) {
+// QEMU refuses what is too long for it, and answers for a silent BMC after 4 seconds.
+void surviveASickBmc() {
+    ASSERT_TRUE(answers());
     const bytes deviceId = answer;
-    const struct {
-        const char* fault;
-        BYTE code;
-    } cases[] = {{"code C0 1", 0xC0},
-                 {"attention 1", 0xC1},
-                 {"double 1", 0xC1},
-                 {"long 400 1", 0xC6},
-                 {"drop 1", 0xD2},
-                 {"silent 1", TRANSPORT_FAILED},
-                 {"checksum 1", TRANSPORT_FAILED},
-                 {"late 1500 1", TRANSPORT_FAILED}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.fault);
-        order(std::string("fault 30/77 ") + c.fault);
-        EXPECT_EQ(c.code, request(NETFN_OEM, TEST_COMMAND, {0x01, 0x02}));
-        const bool timed_out = c.code == TRANSPORT_FAILED;
-        EXPECT_EQ(timed_out ? EXIT_LINE : "", printed);
-        EXPECT_LT(seconds, 15); // most of it is the wait for a turn, on a busy machine
-        EXPECT_TRUE(answersWithin(10));
+    for (const BYTE code : {BYTE{0xC6}, TRANSPORT_FAILED, TRANSPORT_FAILED}) {
+        EXPECT_EQ(code, request(NETFN_OEM, TEST_COMMAND, {0xFF}));
+        EXPECT_EQ(code == TRANSPORT_FAILED ? EXIT_LINE : "", printed);
+        EXPECT_TRUE(answers());
         EXPECT_EQ(hexText(deviceId), hexText(answer));
     }
+}
+
+} // namespace
+
+int platform::io_open() {
+    return machine == -1 ? -1 : 0;
+}
+
+std::uint8_t platform::inb(std::uint16_t port) {
+    const std::string answer = ask("inb " + std::to_string(port));
+    return answer.compare(0, 3, "OK ") == 0
+               ? static_cast<std::uint8_t>(std::stoul(answer.substr(3), nullptr, 16))
+               : std::uint8_t{0xFF};
+}
+
+void platform::outb(std::uint8_t value, std::uint16_t port) {
+    ask("outb " + std::to_string(port) + " " + std::to_string(value));
+}
+
+TEST(QemuKcs, CarriesFramesAndRecovers) {
+    if (std::system("command -v qemu-system-x86_64 >/dev/null") != 0)
+        GTEST_SKIP() << "qemu-system-x86_64 is not installed";
+    setenv("VYN_SIM_TRANSPORT", "kcs", 1); // no device node
+    char folder[] = "/tmp/qemu_kcs.XXXXXX";
+    ASSERT_NE(nullptr, mkdtemp(folder));
+    bmcsim::Server server;
+    server.bmcListener.path = folder + std::string("/bmc");
+    server.controlListener.path = folder + std::string("/control");
+    ASSERT_EQ("", openListener(server.bmcListener) + openListener(server.controlListener));
+    bmcsim::Lines orders{"fault 30/77/FF long 400 1", "fault 30/77/FF late 1500 1",
+                         "fault 30/77/FF silent 1"};
+    for (const std::size_t length : LENGTHS)
+        orders.push_back(bmcsim::format("answer 30/77/%02zX 00 ", length) +
+                         hexText(counting(length)));
+    for (const std::string& order : orders)
+        EXPECT_EQ("", runCommand(server.bmc, order).error) << order;
+    const pid_t qemu = startMachine(server.bmcListener.path);
+    const int stop = 0;
+    std::thread bmc([&] { runServer(server, &stop); });
+
+    const std::string text = std::string(600, 'x') + ";";
+    EXPECT_TRUE(answers());
+    carryFrames(text);
+    recoverFromEveryState();
+    surviveASickBmc();
+
+    const auto control = bmcsim::connectUnix(server.controlListener.path);
+    EXPECT_EQ(5, send(control.get(), "quit\n", 5, MSG_NOSIGNAL));
+    bmc.join();
+    kill(qemu, SIGKILL);
+    waitpid(qemu, nullptr, 0);
+    EXPECT_EQ(bmcsim::Lines(), server.bmc.ledger.complaints);
+    EXPECT_EQ(bmcsim::Lines{text}, storedUnder(server.bmc.parameters, PARM_OS_NAME).texts);
+    closeListener(server.bmcListener);
+    closeListener(server.controlListener);
+    EXPECT_EQ(0, rmdir(folder));
 }
