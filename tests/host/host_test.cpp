@@ -1,5 +1,4 @@
-// The collectors of the host: amounts and layouts beyond those of an ordinary server, and what two
-// threads ask of them at once.
+// The collectors of the host: amounts and layouts beyond those of an ordinary server.
 #include "bmc_test.h"
 #include "host/cpu_memory.h"
 #include "host/lan_record.h"
@@ -11,9 +10,6 @@
 #include "text.h"
 #include "tools/ask.h"
 #include "tools/ifconfig.h"
-
-#include <atomic>
-#include <thread>
 
 namespace {
 
@@ -31,10 +27,6 @@ class Host : public BmcTest {
     }
     static std::string block(const std::string& name, const std::string& lines) {
         return name + ": flags=8843<UP,BROADCAST> metric 0 mtu 1500\n" + lines;
-    }
-    void received(const std::string& bytes) const {
-        host.file("interfaces.txt",
-                  "1 lo0 8049 - 9 9 9 9\n2 em1 8802 - 5 6 7 8\n4 em0 8843 - " + bytes + " 2 1 4\n");
     }
     Lines values(int selector) const {
         Lines found;
@@ -84,7 +76,8 @@ TEST_F(Host, TellsMemoryAsTopShowsItAndTheSystemInItsFirstLine) {
 }
 
 TEST_F(Host, KeepsTheNewestSamplesOnly) {
-    received("1");
+    host.file("interfaces.txt",
+              "1 lo0 8049 - 9 9 9 9\n2 em1 8802 - 5 6 7 8\n4 em0 8843 - 1 2 1 4\n");
     for (int i = 0; i < 699; ++i) { // 99 are too old in the end, 300 of 100 % and 300 of 40 % stay
         if (i % 400 == 0)
             host.file("memory.txt", i == 0 ? "100 0 0" : "10240 0 6144");
@@ -102,37 +95,6 @@ TEST_F(Host, KeepsTheNewestSamplesOnly) {
     EXPECT_EQ(values(197), Lines{""});
     dropNetworkSamples();
     EXPECT_TRUE(memory_head == nullptr && network_head == nullptr);
-}
-
-TEST_F(Host, SamplesWhileTheOtherThreadUploads) {
-    host.file("memory.txt", "1048576 0 1048576");
-    says("ifconfig -a", block("em0", "\tmedia: Ethernet autoselect (1000baseT <x>)\n"));
-    received("0");
-    // An upload that held a guard would wait for ever.
-    bmc->handle(0x06, 0x58, [&](const FakeBmc::Request&) {
-        getMemoryUsage(0);
-        getNetworkUsage(0);
-        return Bytes{0};
-    });
-    std::atomic<bool> done{false};
-    std::thread sampler([&] {
-        for (int second = 0; !done; ++second) {
-            received(std::to_string(second)); // a sample out of its order would be a wrapped use
-            getNetworkUsage(0);
-        }
-    });
-    printed([] {
-        for (int cycle = 0; cycle < 20; ++cycle) {
-            getMemoryUsage(1);
-            getNetworkUsage(1);
-        }
-    });
-    done = true;
-    sampler.join();
-    EXPECT_EQ(values(197), Lines(20, "0;"));
-    EXPECT_EQ(values(201).size(), 40U);
-    for (const std::string& record : values(201))
-        EXPECT_TRUE(record.rfind("em0:<1:up;", 0) == 0 || record == "em1:0:down;0;0;0;0;");
 }
 
 TEST(LanRecord, IsCutToItsRoom) {

@@ -69,13 +69,19 @@ TEST_F(CommandTest, FetchingInChunks) {
     }
 }
 
-TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
+TEST_F(CommandTest, WhatMakesNoSenseIsReleasedAllTheSame) {
     const std::string first = "x;abc;\x03" + std::string(25, 'y');
     struct {
         const char* name;
         std::vector<Bytes> answers;
         bool released;
+        std::vector<Upload> carried_out = {};
     } const cases[] = {
+        {"no key or flag", {chunk(6, 0, 6, 1, "x;abc;")}, true},
+        {"unknown option",
+         {chunk(7, 0, 7, 1, "x;abc;\x06")},
+         true,
+         {{207, 1, "2;"}, {208, 1, "abc;0;;"}}},
         {"nothing", {{0x00}}, false},
         {"no bytes though owed", {chunk(7, 0, 0, 0, "")}, false},
         {"longer than the total", {chunk(7, 0, 8, 1, "x;abc;\x03z")}, true},
@@ -95,13 +101,17 @@ TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
         bmc->queue(0x06, 0x59, c.answers);
         command_request_handler(nullptr);
         EXPECT_EQ(bmc->sent(0x06, 0x59).size(), c.answers.size());
-        std::vector<Upload> uploads{{208, 0, ""}};
+        std::vector<Upload> uploads = c.carried_out;
+        uploads.insert(uploads.begin(), {208, 0, ""});
         if (c.released)
             uploads.push_back({207, 1, ""});
         EXPECT_EQ(bmc->uploads(), uploads);
     }
-    Lines lines(8, "Command request command error   invalid data length");
-    lines.insert(lines.begin() + 5, "get command request command fail, cCode->  128");
+    Lines lines(12, "Command request command error   invalid data length");
+    lines[0] = "Command Request  no key or flag";
+    lines[1] = "Command Request option fail->  6";
+    lines[2] = "Command Request  not support command request";
+    lines[8] = "get command request command fail, cCode->  128";
     EXPECT_EQ(datedLog("err"), lines);
 }
 
