@@ -8,13 +8,6 @@ namespace {
 using bmcsim::driveMapFile;
 using std::literals::string_literals::operator""s;
 
-Bytes capability(std::size_t size, std::uint8_t byte27) {
-    Bytes file(size, 0xFF);
-    if (size > 27)
-        file[27] = byte27;
-    return file;
-}
-
 Bytes cut(Bytes bytes, std::size_t size) {
     bytes.resize(size);
     return bytes;
@@ -37,18 +30,18 @@ class DownloadTest : public BmcTest {
 
 TEST_F(DownloadTest, CapabilityFileOfAnySize) {
     struct {
-        Bytes file;
+        std::size_t size;
+        std::uint8_t byte27;
         std::int64_t told;
         std::uint8_t count; // asked for
         int supported;
-    } const cases[] = {
-        {capability(20, 0), -1, 20, 0},     {capability(27, 0), -1, 27, 0},
-        {capability(28, 0x04), -1, 28, 1},  {capability(28, 0xFB), -1, 28, 0},
-        {capability(128, 0x04), -1, 32, 1}, {capability(27, 0), 40, 32, 0},
-    };
+    } const cases[] = {{20, 0, -1, 20, 0},    {27, 0, -1, 27, 0},     {28, 0x04, -1, 28, 1},
+                       {28, 0xFB, -1, 28, 0}, {128, 0x04, -1, 32, 1}, {27, 0, 40, 32, 0}};
     for (const auto& c : cases) {
-        offer(0x09, c.file, c.told);
-        EXPECT_EQ(isSupportedNVMe(), c.supported) << c.file.size();
+        Bytes file(std::max<std::size_t>(c.size, 28), 0xFF);
+        file[27] = c.byte27;
+        offer(0x09, cut(file, c.size), c.told);
+        EXPECT_EQ(isSupportedNVMe(), c.supported) << c.size;
         const auto sent = bmc->sent(0x30, 0xA0);
         EXPECT_EQ(Bytes(sent.at(2).begin() + 3, sent[2].end()), Bytes({0, 0, 0, 0, c.count, 0}));
     }
