@@ -8,32 +8,7 @@
 
 namespace {
 
-using std::literals::string_literals::operator""s;
 using Upload = FakeBmc::Upload;
-
-TEST(CommandTextTest, Parsing) {
-    for (const char* text : {"", "no separator", "x;abc", "x;abc;"})
-        EXPECT_FALSE(parseCommandRequest(text).has_value()) << text;
-    struct {
-        std::string text, key;
-        int option, value;
-    } const cases[] = {
-        {";;\x01", "", 1, 0},
-        {"x;abc;\x02\x5A", "abc", 2, 90},
-        {"x;abc;\x02", "abc", 2, 0},
-        {"x;abc;\x03\x07", "abc", 3, 0},
-        {"x;abc;\x08\xFFtail", "abc", 8, 255},
-        {"x;abc;\0"s, "abc", 0, 0},
-        {"x;abc;;\x01", "abc", ';', 0},
-        {std::string(2000, 'x') + ";k;\x07\x3B", "k", 7, ';'},
-    };
-    for (const auto& c : cases) {
-        const command_request request = parseCommandRequest(c.text).value();
-        EXPECT_EQ(request.key, c.key) << c.text;
-        EXPECT_EQ(request.option, c.option) << c.text;
-        EXPECT_EQ(request.value, c.value) << c.text;
-    }
-}
 
 // One response: total, offset, length and index as told, then text.
 Bytes chunk(unsigned total, unsigned offset, unsigned length, std::uint8_t index,
