@@ -49,8 +49,8 @@ TEST_F(Uploads, OnlyTheReservingThreadReachesTheBmc) {
         const BYTE chunk[] = {PARM_TIME_STAMP, 0x10, 0, 0, 0, 0, 0};
         EXPECT_EQ(sendChunk(chunk, sizeof chunk), 0);
     }).join();
-    ipmiCmdSet(PARM_OS_NAME, "");
-    EXPECT_EQ(bmc->uploads(), (std::vector<FakeBmc::Upload>{{192, -1, ""}}));
+    ipmiCmdSet(PARM_OS_NAME, std::string_view("a;\0b;", 5));
+    EXPECT_EQ(bmc->uploads(), (std::vector<FakeBmc::Upload>{{192, -1, "a;"}}));
 }
 
 } // namespace

