@@ -1,10 +1,6 @@
 #include "service/command_requests.h"
 
-#include "bmc/command_fetch.h"
 #include "bmc_test.h"
-#include "simulator/command_slot.h"
-
-#include <algorithm>
 
 namespace {
 
@@ -24,25 +20,6 @@ Bytes chunk(unsigned total, unsigned offset, unsigned length, std::uint8_t index
 }
 
 using CommandTest = BmcTest;
-
-TEST_F(CommandTest, FetchingInChunks) {
-    std::string text(9000, 'a');
-    std::generate(text.begin(), text.end(), [n = 0]() mutable { return char('a' + n++ % 26); });
-    for (const std::size_t size : {0U, 1U, 32U, 40U, 1023U, 1024U, 9000U}) {
-        bmc->forget();
-        bmcsim::CommandSlot slot;
-        bmcsim::Ledger ledger; // complains of every fetch that is not the right one
-        postCommand(slot, ledger, {207, 7, text.substr(0, size)});
-        bmc->handle(0x06, 0x59, [&](const auto& request) {
-            return fetchCommand(slot, 1, ledger, request.data);
-        });
-        const fetched_command command = fetchCommand();
-        EXPECT_TRUE(command.complete);
-        EXPECT_EQ(command.text, text.substr(0, std::min<std::size_t>(size, 1023))) << size;
-        EXPECT_EQ(bmc->sent(0x06, 0x59).size(), std::max<std::size_t>(1, (size + 31) / 32));
-        EXPECT_EQ(ledger.complaints, Lines());
-    }
-}
 
 TEST_F(CommandTest, WhatMakesNoSenseIsReleasedAllTheSame) {
     const std::string first = "x;abc;\x03" + std::string(25, 'y');

@@ -208,8 +208,8 @@ TEST_F(Codes, NothingIsSentToTheWatchdogUnderAStop) {
     }
 }
 
-// Opening, fetch, acknowledgement, result and release of a command: whichever is refused, it is
-// served in this round or in the next.
+// Opening, fetch, acknowledgement, result and release of a command, in several chunks: whichever is
+// refused, it is served in this round or in the next.
 TEST_F(Codes, ACommandIsServedAllTheSame) {
     bmc->handle(0x06, 0x58, [this](const FakeBmc::Request& request) {
         setStopFlag(1); // ends the thread behind the round under way
@@ -219,16 +219,18 @@ TEST_F(Codes, ACommandIsServedAllTheSame) {
         setStopFlag(0);
         command_request_handler(nullptr);
     };
-    forEachCode({{0x0658D0}, {0x065910}, {0x0658CF}, {0x0658D0, 1}, {0x0658CF, 1}},
-                [&](const Kind&) {
-                    const std::size_t released = sim.slot.released;
-                    postCommand(sim.slot, sim.ledger, {207, 4, "request;key;\x04"});
-                    for (int rounds = 0; rounds < 2 && sim.slot.released == released; ++rounds)
-                        round();
-                    EXPECT_EQ(sim.slot.released, released + 1);
-                    round(); // with nothing to do
-                    EXPECT_TRUE(sim.slot.queue.empty());
-                });
+    const std::string text = "request;" + std::string(300, 'k') + ";\x04";
+    const auto serve = [&](const Kind&) {
+        const std::size_t released = sim.slot.released;
+        postCommand(sim.slot, sim.ledger, {207, 4, text});
+        for (int rounds = 0; rounds < 2 && sim.slot.released == released; ++rounds)
+            round();
+        EXPECT_EQ(sim.slot.released, released + 1);
+        round(); // with nothing to do
+        EXPECT_TRUE(sim.slot.queue.empty());
+    };
+    forEachCode({{0x0658D0}, {0x065910}, {0x065910, 9}, {0x0658CF}, {0x0658D0, 1}}, serve);
+    forEachCode({{0x0658CF, 1}}, serve);
 }
 
 } // namespace
