@@ -19,7 +19,7 @@ namespace {
 // A kind of request: NetFn, command and, unless it has no data, its first byte. The one that
 // comes after so many of them gets the code.
 struct Kind {
-    unsigned request;
+    int request;
     int skipped = 0;
 };
 
@@ -39,8 +39,8 @@ class Codes : public BmcTest {
                         [this](const FakeBmc::Request& request) { return answered(request); });
     }
     Bytes answered(const FakeBmc::Request& request) {
-        const unsigned first = request.data.empty() ? 0 : request.data[0];
-        const unsigned whole = request.netFn << 16U | request.cmd << 8U | first;
+        const int first = request.data.empty() ? 0 : request.data[0];
+        const int whole = request.netFn << 16 | request.cmd << 8 | first;
         if (whole == faulty.request && faulty.skipped-- == 0)
             sim.faults.orders.push_back({{}, bmcsim::FaultKind::CODE, {code}, 0, 1});
         return answerRequest(sim, session, 0, request.netFn, request.cmd, request.data);
@@ -79,7 +79,7 @@ TEST_F(Codes, OneProbeDoesNotCostTheNext) {
     const auto probes = [&](const Kind& kind) {
         std::remove("/opt/norvik/vyn.hdd.ini");
         beginMonitoring();
-        const bool download = (kind.request >> 8U) == 0x30A0, map = kind.skipped == 1;
+        const bool download = (kind.request >> 8) == 0x30A0, map = kind.skipped == 1;
         EXPECT_EQ(bNVMe, download && !map ? 0 : 1);
         EXPECT_EQ(fileText("/opt/norvik/vyn.hdd.ini"),
                   download && map && kind.request != 0x30A008 ? "" : "Hdd count,1\nS1,1\n");
@@ -88,7 +88,7 @@ TEST_F(Codes, OneProbeDoesNotCostTheNext) {
         if (download) {
             EXPECT_EQ(datedLog("err").back(),
                       (map ? "isSupportedSaveBiosHdd ->  " : "isSupportedNVMe ->  ") +
-                          steps.at(kind.request - 0x30A005));
+                          steps.at(static_cast<std::size_t>(kind.request - 0x30A005)));
         }
     };
     forEachCode({{0x30A005}, {0x30A006}, {0x30A007}, {0x30A008}, {0x30B602}}, probes);
