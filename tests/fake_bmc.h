@@ -1,19 +1,14 @@
-// A BMC inside the test process. It listens where VYN_SIM_BMC then tells the simulated platform.
-// Its wire format and its reading of uploads are the BMC simulator's, which shares no code with
-// the agent. It serves one connection after another on a thread of its own; every member may be
-// called from any thread. One at a time; the agent's connection to an earlier one is closed.
+// A BMC behind a driver inside the test process, in place of the platform's driver. Its reading of
+// uploads is the BMC simulator's, which shares no code with the agent. It answers in the thread
+// that asks, and has no lock of its own. One at a time.
 #pragma once
 
 #include "simulator/frame.h"
-#include "simulator/sockets.h"
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <ostream>
-#include <thread>
 
 using Bytes = bmcsim::Bytes;
 
@@ -35,10 +30,10 @@ class FakeBmc {
         }
     };
 
-    // Completion code, then data. Runs without a lock: it may ask this BMC what it received.
+    // Completion code, then data.
     using Handler = std::function<Bytes(const Request&)>;
 
-    FakeBmc();
+    FakeBmc(); // whatever BMC this process knew before is forgotten
     ~FakeBmc();
     FakeBmc(const FakeBmc&) = delete;
     FakeBmc& operator=(const FakeBmc&) = delete;
@@ -56,24 +51,14 @@ class FakeBmc {
     std::vector<Upload> uploads() const;
     void forget(); // what was received so far
 
-    // Blocks until the condition holds. False after 20 seconds.
-    bool waitUntil(const std::function<bool()>& condition);
+    Bytes respond(const Request& request);
+    int interruptions = 0; // of the waits for an answer, still to come
 
   private:
     struct Answers {
         std::deque<Bytes> first;
         Handler usual;
     };
-
-    void serve();
-    Bytes respond(const Request& request);
-
-    std::string m_folder;
-    bmcsim::Listener m_listener;
-    int m_stop[2] = {-1, -1};
-    std::thread m_thread;
-    mutable std::mutex m_mutex;
-    std::condition_variable m_answered;
     std::map<std::pair<std::uint8_t, std::uint8_t>, Answers> m_answers; // by NetFn and command
     std::vector<Request> m_requests;
 };

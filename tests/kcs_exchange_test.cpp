@@ -38,13 +38,14 @@ class Exchange : public testing::Test {
     }
 
     // One exchange, with room behind the frame that must stay untouched.
-    int exchange(kcs_message request, int length) {
+    int exchange(const kcs_message& sent) {
+        kcs_message request = sent;
         request.resize(FRAME_SIZE + 1);
         response.assign(FRAME_SIZE + 64, 0xEE);
+        requests.clear();
         testing::internal::CaptureStdout();
-        const auto start = std::chrono::steady_clock::now();
-        const int result = kcs_exchange(request.data(), response.data(), length, 0);
-        seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        const int result =
+            kcs_exchange(request.data(), response.data(), static_cast<int>(sent.size()), 0);
         printed = testing::internal::GetCapturedStdout();
         EXPECT_EQ(64, std::count(response.begin() + FRAME_SIZE, response.end(), 0xEE));
         return result;
@@ -54,13 +55,11 @@ class Exchange : public testing::Test {
         SCOPED_TRACE(std::to_string(requestLength) + " -> " + std::to_string(responseLength));
         const kcs_message request = counting(requestLength, 0x5E);
         answer = counting(responseLength, 0x61);
-        requests.clear();
-        EXPECT_EQ(0, exchange(request, static_cast<int>(requestLength)));
+        EXPECT_EQ(0, exchange(request));
         EXPECT_EQ(std::vector<kcs_message>{request}, requests);
-        response.resize(std::min<std::size_t>(responseLength, FRAME_SIZE));
-        answer->resize(response.size());
-        EXPECT_EQ(*answer, response);
-        EXPECT_EQ(response.size(), static_cast<std::size_t>(resp_data_len));
+        EXPECT_EQ(std::min<int>(static_cast<int>(responseLength), FRAME_SIZE), resp_data_len);
+        EXPECT_TRUE(
+            std::equal(response.begin(), response.begin() + resp_data_len, answer->begin()));
         EXPECT_EQ("", printed);
     }
 
@@ -69,7 +68,6 @@ class Exchange : public testing::Test {
     std::optional<kcs_message> answer;
     kcs_message response;
     std::string printed;
-    double seconds = 0;
 };
 
 } // namespace
@@ -106,12 +104,13 @@ TEST_F(Exchange, EndsAfterEveryFaultAndWorksAgain) {
         kcs.faults.error_after_response_bytes = c.error_in_response;
         if (c.mute)
             kcs.faults.silent_after = 0;
-        requests.clear();
-        EXPECT_EQ(1, exchange(counting(6, 0x18), 6));
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(1, exchange(counting(6, 0x18)));
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
         EXPECT_EQ(c.printed, printed);
         EXPECT_EQ(c.delivered, requests.size());
-        EXPECT_GE(seconds, c.atLeast);
-        EXPECT_LE(seconds, c.atLeast + 5); // the machine may be busy
+        EXPECT_GE(taken.count(), c.atLeast);
+        EXPECT_LE(taken.count(), c.atLeast + 5); // the machine may be busy
         kcs.faults = {};
         expectGoodExchange(4, 7);
     }
@@ -120,7 +119,7 @@ TEST_F(Exchange, EndsAfterEveryFaultAndWorksAgain) {
 // A BMC that takes longer than a wait answers the exchange after next; its late answer is not
 // taken for the answer to that.
 TEST_F(Exchange, DropsALateAnswer) {
-    EXPECT_EQ(1, exchange({0x18, 0x01}, 2));
+    EXPECT_EQ(1, exchange({0x18, 0x01}));
     EXPECT_EQ(EXIT_LINE, printed);
     answer = kcs_message(20, 0xAA);
     platform::inb(0xCA3);
@@ -133,12 +132,12 @@ TEST_F(Exchange, DetectsTheBmcInThreeAttempts) {
         const char* transport;
         std::uint8_t completion, version; // what the BMC answers
         int detected;
-        unsigned dataPort, statusPort;
+        unsigned dataPort;
         BYTE code; // of the request afterwards
-    } cases[] = {{"kcs2", 0x00, 0x02, 0x02, 0xCA8, 0xCAC, 0x00},
-                 {"kcs", 0x00, 0x51, 0x51, 0xCA2, 0xCA3, 0x00},
-                 {"kcs2", 0x00, 0x51, 0x00, 0xCA2, 0xCA3, TRANSPORT_FAILED},
-                 {"kcs", 0xC1, 0x02, 0x00, 0xCA2, 0xCA3, 0xC1}};
+    } cases[] = {{"kcs2", 0x00, 0x02, 0x02, 0xCA8, 0x00},
+                 {"kcs", 0x00, 0x51, 0x51, 0xCA2, 0x00},
+                 {"kcs2", 0x00, 0x51, 0x00, 0xCA2, TRANSPORT_FAILED},
+                 {"kcs", 0xC1, 0x02, 0x00, 0xCA2, 0xC1}};
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.transport << " " << int{c.version});
         setenv("VYN_SIM_TRANSPORT", c.transport, 1);
@@ -151,6 +150,5 @@ TEST_F(Exchange, DetectsTheBmcInThreeAttempts) {
         EXPECT_EQ(c.code == TRANSPORT_FAILED ? 0u : 6u, length);
         EXPECT_EQ(c.detected, ipmi_ver);
         EXPECT_EQ(c.dataPort, KCS_DATA);
-        EXPECT_EQ(c.statusPort, KCS_STATUS);
     }
 }

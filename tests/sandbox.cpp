@@ -9,7 +9,6 @@
 #ifdef __linux__
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/shm.h>
 #include <sys/stat.h>
 
 namespace {
@@ -29,23 +28,11 @@ bool newNamespaces() {
            writeOnce("/proc/self/gid_map", "0 " + gid + " 1");
 }
 
-bool mountOpt() {
-    return mount("none", "/opt", "tmpfs", 0, nullptr) == 0 && mkdir("/opt/norvik", 0755) == 0;
-}
-
 } // namespace
 
 bool enterSandbox() {
-    static bool entered = false;
-    if (entered) { // by an earlier test: what it left goes
-        umount2("/opt", MNT_DETACH);
-        for (const key_t key : {5678, 5679, 5680})
-            shmctl(shmget(key, 0, 0), IPC_RMID, nullptr);
-        return mountOpt();
-    }
-    entered = newNamespaces() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-              mountOpt();
-    return entered;
+    return newNamespaces() && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("none", "/opt", "tmpfs", 0, nullptr) == 0 && mkdir("/opt/norvik", 0755) == 0;
 }
 #else
 bool enterSandbox() {

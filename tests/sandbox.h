@@ -5,9 +5,8 @@
 #include <vector>
 
 // Moves this process into mount and System V IPC namespaces of its own, where /opt/norvik is empty
-// and no flag exists, anew for each caller. Call it first before any thread is started. False where
-// the machine permits no namespaces; the test must then be skipped:  if (!enterSandbox())
-// GTEST_SKIP() << SANDBOX_DENIED;
+// and no flag exists. Once, before any thread is started. False where the machine permits none;
+// the test must then be skipped:  if (!enterSandbox()) GTEST_SKIP() << SANDBOX_DENIED;
 bool enterSandbox();
 constexpr const char* SANDBOX_DENIED = "namespaces are not permitted here";
 

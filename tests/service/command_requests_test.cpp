@@ -1,38 +1,10 @@
 #include "service/command_requests.h"
 
-#include "bmc/command_fetch.h"
 #include "bmc_test.h"
-
-#include <algorithm>
 
 namespace {
 
-using std::literals::string_literals::operator""s;
 using Upload = FakeBmc::Upload;
-
-TEST(CommandTextTest, Parsing) {
-    for (const char* text : {"", "no separator", "x;abc", "x;abc;"})
-        EXPECT_FALSE(parseCommandRequest(text).has_value()) << text;
-    struct {
-        std::string text, key;
-        int option, value;
-    } const cases[] = {
-        {";;\x01", "", 1, 0},
-        {"x;abc;\x02\x5A", "abc", 2, 90},
-        {"x;abc;\x02", "abc", 2, 0},
-        {"x;abc;\x03\x07", "abc", 3, 0},
-        {"x;abc;\x08\xFFtail", "abc", 8, 255},
-        {"x;abc;\0"s, "abc", 0, 0},
-        {"x;abc;;\x01", "abc", ';', 0},
-        {std::string(2000, 'x') + ";k;\x07\x3B", "k", 7, ';'},
-    };
-    for (const auto& c : cases) {
-        const command_request request = parseCommandRequest(c.text).value();
-        EXPECT_EQ(request.key, c.key) << c.text;
-        EXPECT_EQ(request.option, c.option) << c.text;
-        EXPECT_EQ(request.value, c.value) << c.text;
-    }
-}
 
 // One response: total, offset, length and index as told, then text.
 Bytes chunk(unsigned total, unsigned offset, unsigned length, std::uint8_t index,
@@ -49,68 +21,50 @@ Bytes chunk(unsigned total, unsigned offset, unsigned length, std::uint8_t index
 
 using CommandTest = BmcTest;
 
-TEST_F(CommandTest, FetchingInChunks) {
-    std::string text(9000, 'a');
-    std::generate(text.begin(), text.end(), [n = 0]() mutable { return char('a' + n++ % 26); });
-    for (const std::size_t size : {0U, 1U, 32U, 40U, 1023U, 1024U, 9000U}) {
-        bmc->forget();
-        bmc->handle(0x06, 0x59, [&](const auto& request) {
-            const unsigned offset = request.data.at(5) + 255U * request.data.at(6);
-            const std::string piece = text.substr(0, size).substr(offset, request.data.at(7));
-            return chunk(static_cast<unsigned>(size), offset, static_cast<unsigned>(piece.size()),
-                         7, piece);
-        });
-        const fetched_command command = fetchCommand();
-        EXPECT_TRUE(command.complete);
-        EXPECT_EQ(command.text, text.substr(0, std::min<std::size_t>(size, 1023))) << size;
-        EXPECT_EQ(bmc->sent(0x06, 0x59).size(), std::max<std::size_t>(1, (size + 31) / 32));
-    }
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[0], Bytes({0x10, 0xCF, 0, 0, 0, 0, 0, 32}));
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[9], Bytes({0x10, 0xCF, 0, 7, 0, 33, 1, 32}));   // offset 288
-    EXPECT_EQ(bmc->sent(0x06, 0x59)[255], Bytes({0x10, 0xCF, 0, 7, 0, 0, 32, 32})); // offset 8160
-}
-
-TEST_F(CommandTest, AnIncoherentFetchIsOnlyReleased) {
+TEST_F(CommandTest, WhatMakesNoSenseIsReleasedAllTheSame) {
     const std::string first = "x;abc;\x03" + std::string(25, 'y');
     struct {
         const char* name;
         std::vector<Bytes> answers;
         bool released;
-        bool refused = false;
+        std::vector<Upload> carried_out = {};
     } const cases[] = {
+        {"no key or flag", {chunk(6, 0, 6, 1, "x;abc;")}, true},
+        {"unknown option",
+         {chunk(7, 0, 7, 1, "x;abc;\x06")},
+         true,
+         {{207, 1, "2;"}, {208, 1, "abc;0;;"}}},
+        {"nothing", {{0x00}}, false},
         {"no bytes though owed", {chunk(7, 0, 0, 0, "")}, false},
         {"longer than the total", {chunk(7, 0, 8, 1, "x;abc;\x03z")}, true},
         {"offset beyond the total", {chunk(7, 9, 7, 1, "x;abc;\x03")}, true},
         {"fewer bytes than told", {chunk(7, 0, 7, 1, "x;abc;")}, true},
-        {"second refused", {chunk(40, 0, 32, 1, first), {0x80}}, true, true},
+        {"longer than any", {chunk(2000, 0, 255, 1, std::string(1500, ';'))}, true},
+        {"second refused", {chunk(40, 0, 32, 1, first), {0x80}}, true},
         {"second empty", {chunk(40, 0, 32, 1, first), chunk(40, 32, 0, 1, "")}, true},
         {"second repeats", {chunk(64, 0, 32, 1, first), chunk(64, 0, 32, 1, first)}, true},
         {"total shrinks", {chunk(64, 0, 32, 1, first), chunk(40, 32, 8, 1, "12345678")}, true},
     };
-    std::size_t lines = 0;
+    bmc->handle(0x06, 0x58, [](const auto&) { return setStopFlag(1), Bytes{0}; }); // of one round
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
-        bmc->forget();
-        bmc->answer(0x06, 0x59, chunk(0, 0, 0, 0, ""));
-        bmc->queue(0x06, 0x59, c.answers);
-        std::thread worker(command_request_handler, nullptr);
-        EXPECT_TRUE(bmc->waitUntil([&] {
-            command_request_schedule.wake();
-            return bmc->sent(0x06, 0x59).size() > c.answers.size();
-        }));
-        setStopFlag(1);
-        command_request_schedule.wake();
-        worker.join();
         setStopFlag(0);
-        const auto log = datedLog("err");
-        ASSERT_EQ(log.size(), ++lines);
-        EXPECT_EQ(log.back(), c.refused ? "get command request command fail, cCode->  128"
-                                        : "Command request command error   invalid data length");
-        const auto uploads = bmc->uploads();
-        EXPECT_EQ(uploads[0], (Upload{208, 0, ""}));
-        EXPECT_EQ(uploads[1], c.released ? (Upload{207, 1, ""}) : (Upload{208, 0, ""}));
-        EXPECT_EQ(std::count(uploads.begin(), uploads.end(), Upload{207, 1, ""}), c.released);
+        bmc->forget();
+        bmc->queue(0x06, 0x59, c.answers);
+        command_request_handler(nullptr);
+        EXPECT_EQ(bmc->sent(0x06, 0x59).size(), c.answers.size());
+        std::vector<Upload> uploads = c.carried_out;
+        uploads.insert(uploads.begin(), {208, 0, ""});
+        if (c.released)
+            uploads.push_back({207, 1, ""});
+        EXPECT_EQ(bmc->uploads(), uploads);
     }
+    Lines lines(12, "Command request command error   invalid data length");
+    lines[0] = "Command Request  no key or flag";
+    lines[1] = "Command Request option fail->  6";
+    lines[2] = "Command Request  not support command request";
+    lines[8] = "get command request command fail, cCode->  128";
+    EXPECT_EQ(datedLog("err"), lines);
 }
 
 } // namespace

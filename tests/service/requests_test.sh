@@ -4,7 +4,7 @@
 # shellcheck source=tests/daemon.sh
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
-[ $# -ne 0 ] || scenarios 'pause period locate odd' "$source/hosts/nvme-three" \
+[ $# -ne 0 ] || scenarios 'pause period locate' "$source/hosts/nvme-three" \
     --do 'watchdog none' --do 'nvme 0 2 5 VYT70A100044' --do 'nvme 1 0 3 S2K0NB0T400017'
 
 released=0
@@ -62,16 +62,6 @@ locate)
     check 'its line' error_line 'NVME locate ->  nvme9 does not answer'
     # only the first digit of an index fits the index byte
     request 'nothing' '208 0 , 207 1 22;, 208 1 2abc;1;;, 207 1 2, ' post 12 abc 4
-    ;;
-odd)
-    request 'unknown option' '208 0 , 207 0 2;, 208 0 abc;0;;, 207 0 , ' post 0 abc 6
-    check 'its number' error_line 'Command Request option fail->  6'
-    check 'its line' error_line 'Command Request  not support command request'
-    request 'no option' '208 0 , 207 0 , ' postraw 0 783B6162633B
-    check 'its line' error_line 'Command Request  no key or flag'
-    bmc fault 06/59 code C1 1
-    request 'a refused fetch, then' "208 0 , $done0" post 0 abc 4
-    check 'its line' error_line 'get command request command fail, cCode->  193'
     ;;
 esac
 no_complaints
