@@ -10,7 +10,7 @@ extern std::atomic<int> updateSec; // seconds between two monitor cycles, 1 to 6
 extern int nicStatusSel;           // 1: link events are sent
 extern int intelRSTeVROC;     // 1: the RSTe collector runs on hosts with a software RAID volume
 extern int raidCard3rdParty;  // 1: the RAID-card script runs
-extern std::string raidCards; // pattern of RAID card names; the script reads it from the file
+extern std::string raidCards; // pattern of RAID card names; the collector reads it from the file
 
 // Reads the settings, or writes a new file with the defaults when the file is missing or can't be
 // parsed. Returns 0, or 1 when a new file could not be written (standard error and the error log

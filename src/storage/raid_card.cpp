@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <regex.h>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -43,10 +44,14 @@ bool isBounded(const std::string& pattern) {
 // An extended regular expression, compiled.
 class card_pattern {
   public:
-    explicit card_pattern(const std::string& text)
-        : m_compiled(!text.empty() && isBounded(text) &&
-                     regcomp(&m_expression, text.c_str(), REG_EXTENDED | REG_ICASE | REG_NOSUB) ==
-                         0) {}
+    explicit card_pattern(const std::string& pattern) {
+        // A repetition of nothing at the start, as in a file name's pattern, stands for nothing.
+        const std::string text =
+            pattern.substr(std::min(pattern.find_first_not_of("*+?"), pattern.size()));
+        m_compiled =
+            !text.empty() && isBounded(text) &&
+            regcomp(&m_expression, text.c_str(), REG_EXTENDED | REG_ICASE | REG_NOSUB) == 0;
+    }
     ~card_pattern() {
         if (m_compiled)
             regfree(&m_expression);
@@ -54,13 +59,16 @@ class card_pattern {
     card_pattern(const card_pattern&) = delete;
     card_pattern& operator=(const card_pattern&) = delete;
 
+    bool isUsable() const {
+        return m_compiled;
+    }
     bool matches(const std::string& line) const {
         return m_compiled && regexec(&m_expression, line.c_str(), 0, nullptr, 0) == 0;
     }
 
   private:
     regex_t m_expression{};
-    bool m_compiled;
+    bool m_compiled = false;
 };
 
 // What the collection of the cards has come to.
@@ -156,6 +164,9 @@ void collectCards(card_pass& pass) {
         pass.items.listingUnknown(drive_kind::raid);
     if (pattern.empty())
         return;
+    static std::string refused; // told once, not in each pass
+    if (!card_pattern(pattern).isUsable() && std::exchange(refused, pattern) != pattern)
+        printErrLog("raidCards ->", "no expression that can be used: " + pattern);
     const reply& answer = pass.answer(storcliShow());
     const storcli_listing listing = parseStorcliShow(printedText(answer));
     if (!isWholeListing(storcliShow(), answer, listing.told))
@@ -190,9 +201,7 @@ std::string parseCardPattern(std::string_view configuration) {
 }
 
 std::vector<std::string> selectCards(const storcli_listing& listing, const std::string& pattern) {
-    // A repetition of nothing at the start, as in a file name's pattern, stands for nothing.
-    const card_pattern expression(
-        pattern.substr(std::min(pattern.find_first_not_of("*+?"), pattern.size())));
+    const card_pattern expression(pattern);
     std::vector<std::string> cards;
     std::set<std::string_view> selected;
     for (const storcli_controller& controller : listing.controllers)

@@ -11,7 +11,7 @@ furnish() {
         chmod -R a+rX "$top"
 }
 export VYN_SIM_TIMEOUT_MS=200
-[ $# -ne 0 ] || scenarios 'bmc hang host' "$source/hosts/freebsd-10.1"
+[ $# -ne 0 ] || scenarios 'silence codes answers disk limits clock flood hang' "$source/hosts/freebsd-10.1"
 
 story=$1 released=0
 errors() { # COUNT PATTERN: the error log has at least so many lines
@@ -54,7 +54,7 @@ $user true 2>/dev/null || user=
 # shellcheck disable=SC2086
 as_user() { env $user env "$@"; }
 mount -t tmpfs -o size=256k,mode=777 tmpfs /opt/norvik
-[ "$story" != host ] || {
+[ "$story" != disk ] || {
     cat /dev/zero >/opt/norvik/fill 2>/dev/null
     "$work/agent" -agent start-service 2>"$work/reply"
     check 'no start on a full disk' test $? -eq 1
@@ -74,7 +74,7 @@ spent() { bmc show faults && ! grep -q 'more$' "$work/reply"; }
 cycles() { bmc wait "$1" next 202 3; }
 
 case $story in
-bmc)
+silence)
     bmc fault all silent
     check 'three cycles in silence' until_true 60 errors 3 'cCode->  195'
     over 'BMC silent for 3 cycles' bmc nofault
@@ -83,7 +83,8 @@ bmc)
     check 'requests without a driver' until_true 60 errors 8 'cCode->  255'
     back() { bmc back && chmod 777 "$work/bmc"; }
     over 'BMC away' back
-
+    ;;
+codes)
     code=0
     while [ "$code" -le 255 ]; do
         for target in 06/58/C7 all; do
@@ -99,7 +100,8 @@ bmc)
         check "code $code" errors 1 "cCode->  $code\$"
     done
     over 'completion codes 00 to FF'
-
+    ;;
+answers)
     bmc clock 1795000000 && year=6A
     bmc trace on
     turns=8
@@ -117,7 +119,7 @@ bmc)
     bmc log # the time stamps: the BMC's time or none
     ! grep '06/58 CA' "$work/reply" | grep -v -e " $year ->" -e ' 00 ->' || fail 'a time stamp of another time'
     ;;
-host)
+disk)
     cat /dev/zero >/opt/norvik/fill 2>/dev/null
     check 'cycles with a full disk' cycles 60
     check 'their values' until_true 4 as_before
@@ -125,7 +127,8 @@ host)
     check 'a new period with a full disk' bmc wait 20 released "$released"
     check 'the settings stay' grep -q 'updateFreq = 1;' /opt/norvik/vyn.ini
     over 'disk full' rm /opt/norvik/fill
-
+    ;;
+limits)
     unknown_disk() { bmc raw 199 && grep -q 'HD;/dev/ada0:N/A' "$work/reply"; }
     for limit in --nofile=6: --nproc=1:; do
         as_user prlimit --pid "$pid" "$limit"
@@ -133,14 +136,16 @@ host)
         check "$limit: cycles" cycles 60
         over "limit $limit" as_user prlimit --pid "$pid" "${limit%%=*}=200:"
     done
-
+    ;;
+clock)
     for shift in 40000000 -80000000 0; do
         echo "$shift" >"$work/shift"
         check 'cycles' cycles 60
         check 'the time' grep -q "^Time stamp -> $(date -d "$shift seconds" +%Y/%m)" /opt/norvik/vyn.log
     done
     over 'clock jumps by a year and back'
-
+    ;;
+flood)
     flood='head -c 100000000 /dev/zero | tr "\\0" x'
     for tool in ifconfig_-a geom_disk_list; do
         mv "$work/host/out/$tool" "$work/$tool"
