@@ -70,7 +70,6 @@ bool isKnown(const question& asked, const reply& answer, bool succeeded_before) 
     case program_end::missing:
         return found.count(asked.words.front()) == 0;
     case program_end::cut:
-        return asked.head_only;
     case program_end::not_started:
     case program_end::timed_out:
         return false;

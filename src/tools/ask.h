@@ -12,7 +12,6 @@ struct question {
     const char* label;        // of the line "timed out" in the error log
     std::string subject = {}; // the device asked about; empty: the program itself
     std::size_t bytes = PROGRAM_BYTES;
-    bool head_only = false;    // what lies beyond `bytes` is not wanted: no answer is cut
     bool status_counts = true; // false: the exit status is a bit mask, and the text tells
 };
 

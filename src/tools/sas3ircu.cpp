@@ -185,7 +185,7 @@ class drive_reader {
 
     void finish() {
         const auto told = [this](value which) { return m_told[which].value_or(""); };
-        if (m_told[slot].has_value() && !m_is_enclosure)
+        if (!told(slot).empty() && !m_is_enclosure) // half a display may end within a drive
             m_drives.push_back({{told(enclosure), told(slot)},
                                 told(state),
                                 wholeNumber(told(size)),

@@ -117,11 +117,7 @@ const Fault* troubleOf(const std::string& command) {
 
 program_answer troubled(const std::string& what, const std::string& told,
                         const std::string& command, const program_limits& limits) {
-    std::string half = told.substr(0, told.size() / 2);
-    // Cut between a drive's enclosure and its slot, the agent tells half a place.
-    if (const std::size_t place = half.rfind("  Enclosure #");
-        place != std::string::npos && half.size() - place < 45)
-        half.resize(place);
+    const std::string half = told.substr(0, told.size() / 2);
     if (what == "hung") {
         if (limits.time >= PROGRAM_SECONDS)
             stage.hung[subjectOf(command)] = stage.pass;
