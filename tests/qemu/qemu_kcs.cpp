@@ -31,12 +31,12 @@ std::string ask(const std::string& line) {
     return answer;
 }
 
-// A machine and its BMC: the process group of the two.
+// A machine and its BMC: the process group of the two, which ends without the test too.
 pid_t startMachine(const std::string& folder) {
     const std::string command =
-        BMCSIM " --listen " + folder +
+        "limit='timeout --foreground 100'; $limit " BMCSIM " --listen " + folder +
         "/bmc </dev/null >/dev/null &"
-        " exec qemu-system-x86_64 -accel tcg -display none -qtest stdio -qtest-log none"
+        " exec $limit qemu-system-x86_64 -accel tcg -display none -qtest stdio -qtest-log none"
         " -nodefaults -boot n -device ipmi-bmc-extern,chardev=ipmi0,id=bmc0"
         " -device isa-ipmi-kcs,bmc=bmc0 -chardev socket,id=ipmi0,reconnect=1,path=" +
         folder + "/bmc";
