@@ -38,7 +38,7 @@ pid_t startMachine(const std::string& folder) {
         "/bmc </dev/null >/dev/null &"
         " exec $limit qemu-system-x86_64 -accel tcg -display none -qtest stdio -qtest-log none"
         " -nodefaults -boot n -device ipmi-bmc-extern,chardev=ipmi0,id=bmc0"
-        " -device isa-ipmi-kcs,bmc=bmc0 -chardev socket,id=ipmi0,reconnect=1,path=" +
+        " -device isa-ipmi-kcs,bmc=bmc0 2>/dev/null -chardev socket,id=ipmi0,reconnect=1,path=" +
         folder + "/bmc";
     int ends[2] = {-1, -1};
     EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends));
