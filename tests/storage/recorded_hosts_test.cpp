@@ -21,6 +21,7 @@ const std::filesystem::path STORAGE_TESTS = std::filesystem::path(__FILE__).pare
 
 using collector = void (*)(storage_items& items, const char* label);
 
+std::string card_pattern;                     // of the configuration
 std::string folder;                           // of the recorded host
 std::map<std::string, program_answer> others; // in place of the host's answers, by command line
 std::vector<std::string> asked;
@@ -36,7 +37,7 @@ program_answer run(const command_line& words, const program_limits& limits) {
 
 std::optional<std::string> readConfiguration(const char* path) {
     return path == std::string("/opt/norvik/vyn.ini")
-               ? "  raidCards = \"northwind raid|x  y\";\n"
+               ? "  raidCards = \"" + card_pattern + "\";\n"
                : "Hdd count,3\nCVS240A00719,8\nCVS240A0071,5\nxFX77AB0501x,3\n";
 }
 
@@ -45,6 +46,7 @@ bool play(const std::string& host) {
     if (!enterSandbox())
         return false;
     setStopFlag(0);
+    card_pattern = "northwind raid|x  y";
     folder = STORAGE_TESTS.string() + "/../../hosts/" + host;
     setenv("PATH", (folder + "/bin").c_str(), 1);
     tools.run = run;
@@ -69,6 +71,9 @@ struct recording {
     const char* host;
     std::vector<collector> collectors;
 };
+void PrintTo(const recording& played, std::ostream* out) {
+    *out << played.host;
+}
 class RecordedHost : public testing::TestWithParam<recording> {};
 
 TEST_P(RecordedHost, IsToldAsEver) {
@@ -88,7 +93,8 @@ INSTANTIATE_TEST_SUITE_P(
                     recording{"storage-sas3008-ir", {collectMegaraid, collectSas3008}},
                     recording{"storage-rste-two", {collectRste}},
                     recording{"storage-raidcard", {collectMegaraid, collectRaidCards}},
-                    recording{"storage-onboard", {collectMegaraid, collectOnboard}}));
+                    recording{"storage-onboard", {collectMegaraid, collectOnboard}},
+                    recording{"freebsd-14", {collectMegaraid, collectOnboard}}));
 
 TEST(Collectors, AskNoMoreThanTheyNeed) {
     if (!play("storage-onboard"))
@@ -117,13 +123,17 @@ TEST(Collectors, AskNoMoreThanTheyNeed) {
     EXPECT_EQ(std::count(asked.begin(), asked.end(), "lspci -v"), 1);
 }
 
-TEST(Collectors, LogOnceThatStorcliCantBeStarted) {
+TEST(Collectors, LogOnceWhatKeepsFromCards) {
     if (!play("storage-raidcard"))
         GTEST_SKIP() << SANDBOX_DENIED;
     for (const char* question : {"storcli /c0 show", "storcli /c1/vall show all"})
         others[question] = {program_end::not_started, 0, ""};
     told({collectRaidCards});
     EXPECT_EQ(datedLog("err"), std::vector<std::string>{"label ->  command not found"});
+    card_pattern = "(";
+    EXPECT_EQ(told({collectRaidCards}) + told({collectRaidCards}), "");
+    EXPECT_EQ(datedLog("err").back(), "raidCards ->  no expression that can be used: (");
+    EXPECT_EQ(datedLog("err").size(), 2U);
 }
 
 TEST(Listing, MembersThatDontFitAreLeftOutWhole) {
