@@ -205,7 +205,7 @@ void checkDrivePresence(const storage_items& items) {
             continue;
         drive_bytes bytes{};
         for (hdd_list* node = *family.head; node != nullptr; node = node->next) {
-            if (node->checked != 1 || node->presence == drive_missing)
+            if (node->checked != 1 || node->presence == drive_missing || items.isOpen(node->name))
                 continue;
             bytes = family.missing_bytes(*node, bytes);
             reportMissing(family, *node, bytes);

@@ -251,6 +251,8 @@ void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     if (!identity.has_value() && known_disks.count(disk.name) == 0) {
         if (!isOtherKind(disk.name, answer))
             pass.items.listingUnknown(drive_kind::onboard);
+        // One that was reported may have come back and not answer yet.
+        pass.items.leaveOpen(bare("/dev/" + disk.name));
         return;
     }
     reported.insert(disk.name);

@@ -5,7 +5,10 @@
 #include "system_info.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 // Counted lines after which a pass takes no more.
@@ -61,6 +64,14 @@ class storage_items {
                !m_unlisted[static_cast<std::size_t>(kind)];
     }
 
+    // Neither seen nor gone: a drive of this name (onboard: device path) is not missing for that.
+    void leaveOpen(std::string name) {
+        m_open.insert(std::move(name));
+    }
+    bool isOpen(const std::string& name) const {
+        return m_open.count(name) != 0;
+    }
+
     list* head() const {
         return m_head;
     }
@@ -75,4 +86,5 @@ class storage_items {
     std::vector<bool> m_state_known, m_certain;
     int m_lines_most = STORAGE_LINES_MOST;
     bool m_unlisted[DRIVE_KINDS] = {};
+    std::set<std::string> m_open;
 };

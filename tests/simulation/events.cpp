@@ -323,17 +323,20 @@ void judgeStatic(Memory& memory) {
     memory.named = asked ? told && !garbage : memory.named;
 }
 
-// Which kind of storage the agent collects, when graid answers.
+// Which kind of storage the agent collects: graid tells. What it prints with a bad status is believed
+// or not, which shows in what else was asked.
 void judgeMode(Memory& memory) {
     if (!memory.static_due && memory.mode_known)
         return;
     const bool told = answered("graid list");
-    if (told)
+    const auto found = stage.asked.find("graid list");
+    const bool seen = found != stage.asked.end() && found->second.whole;
+    if (seen)
         memory.rste = !stage.world.volumes.empty();
     for (const char* command : {"geom disk list", "storcli show", "sas3ircu list"})
         memory.rste = memory.rste && (told || stage.asked.count(command) == 0);
     for (Drives& drives : memory.drives) // what was there before may be new to the other collector
-        if (memory.mode_known && told && drives.listed == Drives::yes)
+        if (memory.mode_known && seen && drives.listed == Drives::yes)
             drives.listed = Drives::maybe;
     memory.mode_known = told;
 }

@@ -154,7 +154,8 @@ program_answer run(const command_line& words, const program_limits& limits) {
         given = troubled(what, told->text, command, limits);
     else if (told)
         given = {program_end::exited, told->status, told->text};
-    stage.asked[command] = {fault == nullptr, given.exit_status, what == "garbage"};
+    stage.asked[command] = {fault == nullptr, given.exit_status, what == "garbage",
+                            fault == nullptr || what == "fails with text"};
     if (given.end == program_end::exited && given.exit_status == 0)
         stage.succeeded.insert(command);
     note(say("  asked: {}{}{}", command, what.empty() ? "" : ", ", what));

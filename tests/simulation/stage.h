@@ -29,6 +29,7 @@ struct Asked {
     bool genuine = false; // answered as the world has it
     int status = 0;
     bool garbage = false; // ended well, with something else
+    bool whole = false;   // every word as the world has it, whatever the status
 };
 
 struct Stage {
