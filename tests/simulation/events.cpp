@@ -323,8 +323,8 @@ void judgeStatic(Memory& memory) {
     memory.named = asked ? told && !garbage : memory.named;
 }
 
-// Which kind of storage the agent collects: graid tells. What it prints with a bad status is believed
-// or not, which shows in what else was asked.
+// Which kind of storage the agent collects: graid tells. What it prints with a bad status is
+// believed or not, which shows in what else was asked.
 void judgeMode(Memory& memory) {
     if (!memory.static_due && memory.mode_known)
         return;
