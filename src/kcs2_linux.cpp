@@ -29,7 +29,7 @@ constexpr int SYSTEM_INTERFACE_ADDRESS = 0x0C; // address type
 constexpr short BMC_CHANNEL = 0x0F;
 
 ipmi_rs response_record; // the one response, reused by every request
-int curr_seq = 0;        // message id of the next request
+long curr_seq = 0;       // message id of the next request
 
 ipmi_rs* probePicmg(ipmi_intf* intf, std::uint8_t command) {
     std::uint8_t data = 0x00;

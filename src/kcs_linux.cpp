@@ -5,6 +5,7 @@
 #include "state/flags.h"
 #include "tools/program.h"
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <string>
@@ -32,10 +33,12 @@ constexpr detection ATTEMPTS[] = {
 
 bool ports_enabled = false;
 
-// When the first of the latest requests, all failed, began under a stop: a BMC that is silent then
-// gets only a little more time.
+// When the first of the latest requests, all failed, began under a stop, or was the one that the
+// stop met: a BMC that is silent then gets only a little more time.
 std::optional<steady_clock::time_point> failing_since;
 constexpr std::chrono::seconds FAILING_MOST{6};
+// However long that one had waited already: another must be tried before the BMC counts as silent.
+constexpr std::chrono::seconds COUNTED_OF_FIRST{5};
 
 bool isNumber(const std::string& text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
@@ -114,6 +117,6 @@ int kcs_Interface(unsigned char* RequestCmd, unsigned char* ResponseBuf, int kcs
     if (result == 0 && ResponseBuf[2] != NO_ANSWER)
         failing_since.reset();
     else if (!failing_since.has_value() && stopRequested())
-        failing_since = began;
+        failing_since = std::max(began, steady_clock::now() - COUNTED_OF_FIRST);
     return result;
 }

@@ -32,10 +32,12 @@ void getStartTime() {
     char content[TIME_STAMP_SIZE + SECOND_LINE_SIZE];
     std::size_t length = std::fread(content, 1, sizeof content, file);
     std::fclose(file);
+    if (length < SECOND_LINE_SIZE) // cut by a full disk: what is known is better
+        return;
 
     // The second line's length is known, so the newline that ends the first can be told from a
     // newline among the raw bytes; a text that holds one is taken up to it.
-    length = length > SECOND_LINE_SIZE ? length - SECOND_LINE_SIZE : 0;
+    length -= SECOND_LINE_SIZE;
     char* newline = std::find(content, content + length, '\n');
     length = std::min<std::size_t>(length, static_cast<std::size_t>(newline - content) + 1);
     std::fill(std::begin(mTimeStamp), std::end(mTimeStamp), BYTE{0});

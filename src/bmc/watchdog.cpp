@@ -24,10 +24,13 @@ bmc_response send(std::initializer_list<BYTE> data) {
 }
 
 // Keeps the timer running. A stopping process sets the stop flag before it switches the timer off:
-// nothing is sent under that flag.
+// nothing is sent under that flag, and what was on its way is taken back.
 void keepRunning() {
-    if (getWatchdog() == 0 && getStopFlag() == 0)
+    if (getWatchdog() == 0 && getStopFlag() == 0) {
         setWatchdog(1);
+        if (getStopFlag() != 0)
+            setWatchdog(0);
+    }
     if (getStopFlag() == 0 && !send({restart_timer}).ok())
         printErrLog("watchdog reset", "command fail");
 }

@@ -162,7 +162,8 @@ void setUpdateFreq(int seconds) {
     config_setting_t* group = config_lookup(&existing.cfg, "Config");
     config_setting_t* freq =
         group == nullptr ? nullptr : config_setting_get_member(group, "updateFreq");
-    if (freq != nullptr)
-        config_setting_set_int(freq, updateSec);
+    if (freq == nullptr)
+        return;
+    config_setting_set_int(freq, updateSec);
     writeConfiguration(existing.cfg);
 }

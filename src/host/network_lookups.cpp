@@ -22,7 +22,6 @@ constexpr const char* FQDN_LABEL = "FQDN ->";
 constexpr const char* DESCRIPTION_LABEL = "get description ->";
 
 constexpr std::size_t DESCRIPTION_MOST = 256;
-constexpr std::size_t NARROWEST_NETIF = 6; // a longer name may be cut in a routing table
 
 using routes = std::vector<listed_route>;
 
@@ -35,8 +34,8 @@ std::set<std::string> names;           // of the interfaces of this cycle
 std::set<std::string> described_names; // of those there were when the adapters were told
 
 void askRoutes(const char* family, routes& last) {
-    const reply& answer = ask({netstatCommand(family), LABEL, {}, NETSTAT_BYTES, true});
-    if (!answer.known)
+    const reply& answer = ask({netstatCommand(family), LABEL, {}, NETSTAT_BYTES});
+    if (!answer.known && answer.end != program_end::cut) // what is beyond is not wanted
         return;
     std::string_view text = answer.text;
     if (answer.end == program_end::cut) // half an address would be another address
@@ -59,15 +58,15 @@ void askAdapters() {
         described_names = names;
 }
 
-// Whether a routing table's name of an interface means this one.
-bool isMeant(const std::string& listed, const std::string& iface) {
+// Whether a route leads through this interface. A name that may be cut means the only one that
+// begins so.
+bool isThrough(const listed_route& route, const std::string& iface) {
+    const std::string& listed = route.interface;
     const auto begins = [&](const std::string& name) {
         return name.compare(0, listed.size(), listed) == 0;
     };
-    if (listed == iface)
-        return true;
-    return listed.size() >= NARROWEST_NETIF && begins(iface) && names.count(listed) == 0 &&
-           std::count_if(names.begin(), names.end(), begins) == 1;
+    return route.maybe_cut ? begins(iface) && std::count_if(names.begin(), names.end(), begins) == 1
+                           : listed == iface;
 }
 
 template <class Fits>
@@ -95,7 +94,7 @@ std::string getIPv6(const std::string& iface) {
 
 std::string getGateway(const std::string& iface) {
     const auto isDefault = [&](const listed_route& route) {
-        return route.destination == "default" && isMeant(route.interface, iface);
+        return route.destination == "default" && isThrough(route, iface);
     };
     const std::vector<std::string>& addresses = factsOf(iface).ipv6;
     const auto carriesAddress = [&](const listed_route& route) {

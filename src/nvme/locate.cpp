@@ -19,6 +19,8 @@ constexpr BYTE POSITION_LOCATE = 0x01;
 constexpr int AOCS = 2;
 constexpr int GROUPS = 8;
 constexpr int SLOTS = 24;
+constexpr int TIMEOUTS_MOST =
+    3; // in a row; a backplane may answer so for a slot that it can't read
 
 constexpr std::size_t SERIAL_OFFSET = 6; // in the answer to POSITION_READ
 constexpr std::size_t SERIAL_SIZE = 20;
@@ -78,18 +80,20 @@ int locateManage(int index, const char* deviceName) {
         deviceFailed(LABEL, deviceName);
         return 1;
     }
-    for (int aoc = 0; aoc < AOCS; aoc++) {
-        for (int group = 0; group < GROUPS; group++) {
-            for (int slot = 0; slot < SLOTS; slot++) {
-                std::string position;
-                if (positionSerial(aoc, group, slot, position) && sameDrive(device, position)) {
-                    locateLed(index, aoc, slot, group);
-                    return 0;
-                }
-                if (stopRequested())
-                    return 0;
-            }
+    int timeouts = 0;
+    for (int position = 0; position < AOCS * GROUPS * SLOTS && !stopRequested(); position++) {
+        const int aoc = position / (GROUPS * SLOTS), group = position / SLOTS % GROUPS,
+                  slot = position % SLOTS;
+        std::string serial;
+        if (positionSerial(aoc, group, slot, serial) && sameDrive(device, serial)) {
+            locateLed(index, aoc, slot, group);
+            return 0;
         }
+        if (!bmcAway())
+            timeouts = 0;
+        else if (transportFailed() || ++timeouts == TIMEOUTS_MOST)
+            return 0;
+        tryBmcAgain();
     }
     return 0;
 }

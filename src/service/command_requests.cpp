@@ -63,6 +63,7 @@ void carryOut(const std::string& index, const command_request& request) {
     if (bmcAway()) // the request stays, and is carried out once the BMC is back
         return;
     const char* result = perform(request);
+    tryBmcAgain(); // whatever it met
     ipmiCmdSet(PARM_COMMAND_RESULT, index + request.key + ";" + result + ";");
     tryBmcAgain(); // or what was done would be asked for once more
     waitForPeriod();

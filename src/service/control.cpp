@@ -60,7 +60,7 @@ void announce(const char* action) {
 // Changes a flag and tells the BMC the new status; info_lock is held. That the service ends is the
 // last that is told.
 void changeStatus(int (*set_flag)(int), int value, int status) {
-    const bool ending = stopRequested();
+    const bool ending = status != STATUS_STOPPED && (farewellBegun() || getStopFlag() != 0);
     set_flag(value);
     mStatus = status;
     getStartTime();

@@ -59,14 +59,18 @@ void logSupport(const char* title, bool supported) {
 }
 
 // What is not answered here is taken for absent as long as the service runs: one probe that timed
-// out does not cost the next.
+// out does not cost the next. A stop leaves out the rest.
 void probeBmc() {
     tryBmcAgain();
     bNVMe = isSupportedNVMe();
+    if (stopRequested())
+        return;
     tryBmcAgain();
     const bool drive_map = isSupportedSaveBiosHdd() == 1;
     logSupport("nvme support = ", bNVMe == 1);
     logSupport("save bios hdd support = ", drive_map);
+    if (stopRequested())
+        return;
     const bool watchdog = checkWatchdog() == 1;
     watchdogResetFreq = watchdog ? WATCHDOG_RESET_FREQ_ENABLED : WATCHDOG_RESET_FREQ_ABSENT;
     logSupport("OEM watchdog timer support = ", watchdog);

@@ -85,10 +85,15 @@ int start() {
         setPauseFlag(0);
         setStopFlag(0);
         setCurPauseFlag(0);
+        if (stop_shm == nullptr || pause_shm == nullptr || cur_pause_shm == nullptr) {
+            printErrLog("service flags ->", "no shared memory");
+            endProcess(1);
+        }
         mStatus = STATUS_RUNNING;
         setStartTime();
         tryBmcAgain();
-        getVYNInfo();
+        if (!stopRequested()) // its own word is the last
+            getVYNInfo();
     }
     if (initThread() == 1)
         endProcess(1);

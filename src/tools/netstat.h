@@ -14,7 +14,8 @@ constexpr std::size_t NETSTAT_BYTES = 262144; // the default route comes first; 
 struct listed_route {
     std::string destination; // "default", an address, or a network with its length
     std::string gateway;     // an address with its %zone, or "link#2"
-    std::string interface;   // may be cut to the width of its column, six characters or more
+    std::string interface;
+    bool maybe_cut = false; // the interface's name fills its column, six characters or more
 };
 
 command_line netstatCommand(const char* family); // "-4" or "-6"

@@ -60,8 +60,10 @@ std::vector<char*> programEnvironment() {
     return variables;
 }
 
-// Descriptors that this process was started with: its own are closed on exec from their making.
-void closeInheritedOnExec() {
+// What a parent may have left behind: a signal that would lose the programs' statuses, descriptors
+// that the programs would get (its own are closed on exec from their making).
+void dropInherited() {
+    std::signal(SIGCHLD, SIG_DFL);
     constexpr int MOST = 1024;
     for (int fd = STDERR_FILENO + 1; fd < MOST; ++fd)
         if (const int flags = fcntl(fd, F_GETFD); flags != -1)
@@ -111,28 +113,19 @@ class descriptor {
 // What posix_spawn is told; every step's error is kept.
 class spawn_settings {
   public:
-    explicit spawn_settings(int output) {
-        note(posix_spawn_file_actions_init(&m_actions));
-        note(posix_spawnattr_init(&m_attributes));
-        note(posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
-        note(posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO));
-        note(posix_spawn_file_actions_addopen(&m_actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0));
-
-        // Only those that a parent may have left ignored: some systems refuse to touch the rest.
-        sigset_t none, defaults;
-        sigemptyset(&none);
-        sigemptyset(&defaults);
-        for (const int sig : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD})
-            sigaddset(&defaults, sig);
-        note(posix_spawnattr_setpgroup(&m_attributes, 0));
-        note(posix_spawnattr_setsigmask(&m_attributes, &none));
-        note(posix_spawnattr_setsigdefault(&m_attributes, &defaults));
-        note(posix_spawnattr_setflags(
-            &m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+    explicit spawn_settings(int output)
+        : m_actions_error(posix_spawn_file_actions_init(&m_actions)),
+          m_attributes_error(posix_spawnattr_init(&m_attributes)) {
+        note(m_actions_error);
+        note(m_attributes_error);
+        if (m_error == 0)
+            set(output);
     }
     ~spawn_settings() {
-        posix_spawnattr_destroy(&m_attributes);
-        posix_spawn_file_actions_destroy(&m_actions);
+        if (m_attributes_error == 0)
+            posix_spawnattr_destroy(&m_attributes);
+        if (m_actions_error == 0)
+            posix_spawn_file_actions_destroy(&m_actions);
     }
     spawn_settings(const spawn_settings&) = delete;
     spawn_settings& operator=(const spawn_settings&) = delete;
@@ -152,6 +145,24 @@ class spawn_settings {
     }
 
   private:
+    void set(int output) {
+        note(posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        note(posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO));
+        note(posix_spawn_file_actions_addopen(&m_actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0));
+
+        // Only those that a parent may have left ignored: some systems refuse to touch the rest.
+        sigset_t none, defaults;
+        sigemptyset(&none);
+        sigemptyset(&defaults);
+        for (const int sig : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGALRM, SIGTERM, SIGCHLD})
+            sigaddset(&defaults, sig);
+        note(posix_spawnattr_setpgroup(&m_attributes, 0));
+        note(posix_spawnattr_setsigmask(&m_attributes, &none));
+        note(posix_spawnattr_setsigdefault(&m_attributes, &defaults));
+        note(posix_spawnattr_setflags(
+            &m_attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
+    }
+
     void note(int error) {
         if (m_error == 0)
             m_error = error;
@@ -159,6 +170,7 @@ class spawn_settings {
 
     posix_spawn_file_actions_t m_actions;
     posix_spawnattr_t m_attributes;
+    const int m_actions_error, m_attributes_error; // of their making
     int m_error = 0;
 };
 
@@ -270,7 +282,7 @@ class running_program {
 
 program_answer runProgram(const command_line& words, const program_limits& limits) {
     static std::once_flag inherited;
-    std::call_once(inherited, closeInheritedOnExec);
+    std::call_once(inherited, dropInherited);
     reapStuck();
     program_answer answer;
     const std::string path = words.empty() ? "" : findProgram(words.front());

@@ -25,6 +25,10 @@ TEST_F(Uploads, TheStartTimeTravelsThroughItsFile) {
         {{0}, "\n 0 0 0 0", "0000", ""},
     };
     mStatus = 1;
+    std::ofstream("/opt/norvik/starttime.log") << "bq\n"; // cut by a full disk
+    mTimeStamp[0] = 0xEE;
+    getStartTime();
+    EXPECT_EQ(mTimeStamp[0], 0xEE);
     for (const auto& row : rows) {
         bmc->answer(0x0A, 0x48, row.answer);
         setStartTime();

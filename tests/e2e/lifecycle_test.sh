@@ -4,7 +4,7 @@
 # shellcheck source=tests/daemon.sh
 . "${VYN_SOURCE:?}/tests/daemon.sh"
 
-[ $# -ne 0 ] || scenarios 'life silent slow' "$source/hosts/freebsd-10.1"
+[ $# -ne 0 ] || scenarios 'life silent slow lost' "$source/hosts/freebsd-10.1"
 
 # expect WHAT STATUS OUTPUT COMMAND...: exit status and standard output of a command
 expect() {
@@ -26,10 +26,20 @@ started() { # a daemon that has reported once
 
 if [ "$1" != life ]; then
     # a driver that never answers for its BMC, or late
-    if [ "$1" = silent ]; then VYN_SIM_TIMEOUT_MS=1000000; else VYN_SIM_TIMEOUT_MS=4900; fi
-    export VYN_SIM_TIMEOUT_MS
+    case $1 in silent) ms=1000000 ;; slow) ms=4900 ;; lost) ms=9000 ;; esac
+    export VYN_SIM_TIMEOUT_MS=$ms
     printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
     check 'start' started
+    if [ "$1" = lost ]; then # one answer only
+        check 'the watchdog' bmc wait 20 show watchdog running
+        bmc fault 06/58 silent 1
+        check 'a request that waits' bmc wait 20 quiet 5500
+        kill -TERM "$(head -n 1 /var/run/vyn.pid)"
+        check 'end by SIGTERM' ended 15
+        check 'the blanking' bmc wait 1 equals 192 ''
+        check 'the watchdog is off' bmc wait 1 show watchdog stopped
+        exit "$failed"
+    fi
     bmc fault all silent
     check 'requests under way' bmc wait 20 quiet 1500
     began=$(date +%s)

@@ -69,6 +69,9 @@ TEST(Nvme, Locate) {
         {"S3EONX0K123456", {"", "S3E0NX0K123456"}, 1},
         // Once replaced, the device's stays so.
         {"VY1O77", {"S123N9", "VY1O77", "VY1077"}, 2},
+        // Positions that time out, and a BMC that does nothing else.
+        {"VY1O88", {"?", "?", "S", "?", "?", "VY1O88"}, 5},
+        {"VY1O99", {"?", "?", "?", "VY1O99"}, -1},
     };
     const recorded_host host;
     FakeBmc bmc;
@@ -80,6 +83,8 @@ TEST(Nvme, Locate) {
             if (query[1] != 0)
                 return Bytes{0xC1};
             Bytes answer(query[2] + query[5] == 0 && query[3] < c.slots.size() ? 7 : 27, 0);
+            if (answer.size() == 7 && c.slots[query[3]] == "?")
+                return Bytes{0xC3};
             if (answer.size() == 7)
                 answer.insert(answer.end(), c.slots[query[3]].begin(), c.slots[query[3]].end());
             return answer;

@@ -203,8 +203,11 @@ TEST_F(Codes, NothingIsSentToTheWatchdogUnderAStop) {
             return Bytes{0x00, 0x00};
         });
         watchdog_reset_handler(nullptr);
-        const auto wanted = pass.begin() + static_cast<std::ptrdiff_t>(requests);
-        EXPECT_EQ(bmc->sent(0x30, 0xB6), std::vector<Bytes>(pass.begin(), wanted));
+        std::vector<Bytes> wanted(pass.begin(),
+                                  pass.begin() + static_cast<std::ptrdiff_t>(requests));
+        if (requests == 2) // it may have been switched off already
+            wanted.push_back({0x03, 0x00, 0x00});
+        EXPECT_EQ(bmc->sent(0x30, 0xB6), wanted);
     }
 }
 

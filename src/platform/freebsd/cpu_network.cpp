@@ -27,8 +27,9 @@ static_assert(sizeof(sockaddr_in) == 16);
 static_assert(offsetof(sockaddr_dl, sdl_nlen) == 5 && offsetof(sockaddr_dl, sdl_alen) == 6 &&
               offsetof(sockaddr_dl, sdl_data) == 8);
 
-// A value of another size than asked for is a failure too.
-static int sized(int result, std::size_t length, std::size_t wanted) {
+// A value of another size than asked for is a failure too. `length` is what the call left there: as
+// a copy it might be taken before the call.
+static int sized(int result, const std::size_t& length, std::size_t wanted) {
     return result == 0 && length != wanted ? failed(EINVAL) : result;
 }
 

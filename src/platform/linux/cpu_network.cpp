@@ -164,7 +164,7 @@ int interface_data(int row, ifmibdata& data) {
     ifmibdata read{};
     name.copy(read.ifmd_name, sizeof read.ifmd_name - 1);
     if (interfaceFlags(name, read.ifmd_flags) != 0 || interfaceCounters(name, read) != 0)
-        return -1;
+        return errno == ENODEV || errno == ENXIO ? failed(ENOENT) : -1; // it has just gone
     data = read;
     return 0;
 }
