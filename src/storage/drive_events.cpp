@@ -6,6 +6,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -43,15 +44,16 @@ bool matches(const std::string& state, const char* word, match how) {
     return how == match::exact ? state == word : state.find(word) != std::string::npos;
 }
 
-// Tell what a state asserts, or what it had asserted and a new state clears. True when there was
-// nothing to tell or the BMC took it.
-bool raiseState(const drive_record& record, const std::string& state) {
-    for (const state_rule& rule : record.family.rules)
+// What a state asserts.
+const state_rule* ruleOf(const drive_family& family, const std::string& state) {
+    for (const state_rule& rule : family.rules)
         if (matches(state, rule.word, rule.raised))
-            return record.send(alert_assert, rule.event_type);
-    return true;
+            return &rule;
+    return nullptr;
 }
 
+// Tells what a state had asserted and a new one clears. True when there was nothing to tell or the
+// BMC took it.
 bool clearState(const drive_record& record, const std::string& told, const std::string& state) {
     for (const state_rule& rule : record.family.rules)
         if (matches(told, rule.word, rule.cleared) &&
@@ -71,9 +73,13 @@ bool finishChange(const drive_record& record, hdd_list& node, const std::string&
 
 void tellState(const drive_record& record, hdd_list& node) {
     if (!record.state_known || (*node.raised != '\0' && !finishChange(record, node, node.raised)) ||
-        record.state() == node.status || !raiseState(record, record.state()))
+        record.state() == node.status)
         return;
-    copyText(node.raised, record.state());
+    if (const state_rule* rule = ruleOf(record.family, record.state())) {
+        if (!record.send(alert_assert, rule->event_type))
+            return;
+        copyText(node.raised, record.state());
+    }
     finishChange(record, node, record.state());
 }
 
@@ -94,14 +100,14 @@ bool tellArrival(const drive_record& record, hdd_list& node) {
     return true;
 }
 
-bool isFirstPass(const drive_family& family) {
-    return static_first_init == 1 || !family.listed_once ||
+bool isFirstPass(const drive_family& family, const std::string& name) {
+    return static_first_init == 1 || !family.listed_once || family.open_then.count(name) != 0 ||
            (family.empty_list_is_first_pass && *family.head == nullptr);
 }
 
 void addDrive(const drive_record& record) {
     const drive_family& family = record.family;
-    const bool first_pass = isFirstPass(family);
+    const bool first_pass = isFirstPass(family, record.name());
     hdd_list& node = *appendNode(*family.head, *family.prev);
     copyText(node.name, record.name());
     family.describe(node, record.fields);
@@ -120,6 +126,8 @@ void updateDrive(const drive_record& record, hdd_list& node) {
     const drive_family& family = record.family;
     const bool was_missing = node.presence == drive_missing;
     node.checked = 0;
+    if (node.presence == drive_gone) // nobody was told
+        node.presence = drive_present;
     if (node.presence != drive_present) {
         if (!tellArrival(record, node))
             return;
@@ -176,17 +184,19 @@ constexpr void (*HANDLERS[DRIVE_KINDS])(const record_fields& fields, bool state_
                                         bool certain) = {
     addStorageSELRecord, addStorage3008ITSELRecord, addStorageRaidSELRecord};
 
-// A drive whose arrival was never told is not told missing either.
+// A drive whose arrival was never told is not told missing either. The event is sent until it is
+// taken, the line written once.
 void reportMissing(const drive_family& family, hdd_list& node, drive_bytes bytes) {
     if (node.presence == drive_untold) {
         node.presence = drive_missing;
         return;
     }
-    if (family.log_before_event)
+    const bool is_news = node.presence == drive_present;
+    if (is_news && family.log_before_event)
         printCommandLog("checkDrivePresence", family.missing_text);
-    if (sendDriveEvent(family.missing_sensor, alert_assert, event_presence, bytes))
-        node.presence = drive_missing;
-    if (!family.log_before_event)
+    const bool taken = sendDriveEvent(family.missing_sensor, alert_assert, event_presence, bytes);
+    node.presence = taken ? drive_missing : drive_gone;
+    if (is_news && !family.log_before_event)
         printCommandLog("checkDrivePresence", family.missing_text);
 }
 
@@ -205,7 +215,8 @@ void checkDrivePresence(const storage_items& items) {
             continue;
         drive_bytes bytes{};
         for (hdd_list* node = *family.head; node != nullptr; node = node->next) {
-            if (node->checked != 1 || node->presence == drive_missing || items.isOpen(node->name))
+            if (node->checked != 1 || node->presence == drive_missing ||
+                items.open().count(node->name) != 0)
                 continue;
             bytes = family.missing_bytes(*node, bytes);
             reportMissing(family, *node, bytes);
@@ -215,9 +226,17 @@ void checkDrivePresence(const storage_items& items) {
 }
 
 void noteListedFamilies(const storage_items& items) {
-    for (std::size_t kind = 0; kind < DRIVE_KINDS; ++kind)
-        if (items.allListed(static_cast<drive_kind>(kind)))
-            drive_families[kind].listed_once = true;
+    for (std::size_t kind = 0; kind < DRIVE_KINDS; ++kind) {
+        drive_family& family = drive_families[kind];
+        if (!items.allListed(static_cast<drive_kind>(kind)))
+            continue;
+        std::set<std::string> still_open;
+        for (const std::string& name : items.open())
+            if (!family.listed_once || family.open_then.count(name) != 0)
+                still_open.insert(name);
+        family.open_then = std::move(still_open);
+        family.listed_once = true;
+    }
 }
 
 void trackDrive(const list& item, bool state_known, bool certain) {

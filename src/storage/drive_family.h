@@ -5,6 +5,7 @@
 #include "storage/drive_state.h"
 #include "storage/storage_items.h"
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,7 @@ struct drive_family {
     bool empty_list_is_first_pass = false; // a list that is empty in a later pass counts as new
     bool log_before_event = false; // a new or missing drive is logged before its presence event
     bool listed_once = false; // a pass has told of all its drives: what is not known then is new
+    std::set<std::string> open_then; // but for these, which were there and told nothing yet
 };
 
 // By drive_kind.

@@ -10,6 +10,10 @@
 
 namespace {
 
+// So many passes a serial number is waited for. Then the disk is one of those that never tell it,
+// and none of the drive map.
+constexpr int UNREAD_PASSES = 60;
+
 // The field behind the first `mark`.
 std::string fieldBehind(std::string_view line, std::string_view mark) {
     const std::string_view rest = behind(line, mark);
@@ -18,11 +22,11 @@ std::string fieldBehind(std::string_view line, std::string_view mark) {
 
 } // namespace
 
-std::string parseDriveMap(std::string_view text, std::string_view serial) {
-    std::string own, other;
-    if (serial.empty())
+std::string parseDriveMap(std::string_view text, std::string_view told) {
+    std::string own, other, serial(told);
+    if (trim(serial).empty())
         return own;
-    const std::string start = std::string(serial) + ",";
+    const std::string start = serial + ",";
     for (std::string_view part, rest = text; own.empty() && nextLine(rest, part);) {
         if (sameText(before(part, ","), "hdd count"))
             continue;
@@ -32,6 +36,7 @@ std::string parseDriveMap(std::string_view text, std::string_view serial) {
             const auto byte = static_cast<unsigned char>(c);
             return c != ';' && c != ':' && (c == '\t' || (byte >= 0x20 && byte != 0x7F));
         });
+        trim(line);
         if (before(line, ",") == serial)
             own = fieldBehind(line, ",");
         else if (line.compare(0, start.size(), start) == 0)
@@ -75,15 +80,19 @@ disk_place placeOf(const std::string& disk, const smart_reply& smart, place_memo
     map_seen = map_seen || map_readable;
     const std::string& serial = smart.facts.serial;
     if (!serial.empty() && serial != memory.serial)
-        memory = {serial, "", memory.bus}; // another disk
+        memory = {serial, "", memory.bus, 0}; // another disk
     if (std::string mapped = mapIndex(memory.serial); !mapped.empty())
         memory.mapped = std::move(mapped);
     if (!memory.mapped.empty())
         return {memory.mapped, smart.known};
-    if (map_seen && (!map_readable || (memory.serial.empty() && !smart.known)))
+    const bool never_read = memory.unread >= UNREAD_PASSES;
+    if (memory.serial.empty() && !smart.known && !never_read)
+        ++memory.unread;
+    if (map_seen && (!map_readable || (memory.serial.empty() && !smart.known && !never_read)))
         return {};
     const auto bus = busIndex(disk, label);
     if (bus.has_value() && !bus->empty())
         memory.bus = *bus;
-    return {memory.bus, (smart.known || !map_seen) && (bus.has_value() || !memory.bus.empty())};
+    return {memory.bus,
+            (smart.known || never_read || !map_seen) && (bus.has_value() || !memory.bus.empty())};
 }

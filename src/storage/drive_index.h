@@ -25,6 +25,7 @@ struct place_memory {
     std::string serial;
     std::string mapped; // by the drive map
     std::string bus;
+    int unread = 0; // passes in which nothing told the serial number
 };
 struct disk_place {
     std::string index;

@@ -12,6 +12,7 @@ enum drive_presence : int {
     drive_present = 0,
     drive_missing = 1,
     drive_untold = 2, // a new drive, whose arrival the BMC has not taken yet
+    drive_gone = 3,   // one whose absence the BMC has not taken yet
 };
 
 // A node is created by a drive's first record and lives until the process ends.

@@ -231,14 +231,11 @@ bool isPartitionOf(const std::string& disk, const std::string& name) {
            name[disk.size()] <= 'z';
 }
 
-// Whether what camcontrol did not tell as an ATA disk is none: refused, or told otherwise under a
-// name that was never one. Anything else tells nothing.
-bool isOtherKind(const std::string& disk, const reply& answer) {
-    if (answer.end != program_end::exited)
-        return false;
-    if (answer.exit_status != 0)
-        return answer.known || answer.text.empty();
-    return !answer.text.empty() && reported.count(disk) == 0;
+// Whether camcontrol refused the disk as none of ATA, or told otherwise. Anything else tells
+// nothing.
+bool isOtherKind(const reply& answer) {
+    return answer.end == program_end::exited &&
+           (answer.exit_status == 0 ? !answer.text.empty() : answer.known || answer.text.empty());
 }
 
 void collectDisk(onboard_pass& pass, const geom_disk& disk) {
@@ -249,10 +246,9 @@ void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     if (identity.has_value() && !identity->has_model)
         identity.reset();
     if (!identity.has_value() && known_disks.count(disk.name) == 0) {
-        if (!isOtherKind(disk.name, answer))
-            pass.items.listingUnknown(drive_kind::onboard);
         // One that was reported may have come back and not answer yet.
-        pass.items.leaveOpen(bare("/dev/" + disk.name));
+        if (reported.count(disk.name) != 0 || !isOtherKind(answer))
+            pass.items.leaveOpen(bare("/dev/" + disk.name));
         return;
     }
     reported.insert(disk.name);

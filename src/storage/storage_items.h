@@ -64,12 +64,13 @@ class storage_items {
                !m_unlisted[static_cast<std::size_t>(kind)];
     }
 
-    // Neither seen nor gone: a drive of this name (onboard: device path) is not missing for that.
+    // Something of this name (onboard: device path) is there and does not tell what it is: such a
+    // drive is neither seen nor missing.
     void leaveOpen(std::string name) {
         m_open.insert(std::move(name));
     }
-    bool isOpen(const std::string& name) const {
-        return m_open.count(name) != 0;
+    const std::set<std::string>& open() const {
+        return m_open;
     }
 
     list* head() const {

@@ -54,12 +54,13 @@ std::string ifconfig(const World& world) {
 std::string netstat(const World& world, bool v6) {
     const int width = v6 ? 34 : 19;
     std::string text = v6 ? "Routing tables\n\nInternet6:\n" : "Routing tables\n\nInternet:\n";
-    const auto row = [&](const std::string& to, const std::string& via, const std::string& nic) {
+    const auto row = [&](const std::string& to, const std::string& via, const std::string& nic,
+                         const char* flags = "UGS") {
         if (!nic.empty()) // it is cut to the width of its column
-            text += format("%-*s%-*sUGS    %9.8s%s\n", width, to.c_str(), width, via.c_str(),
+            text += format("%-*s%-*s%-6s %8.8s%s\n", width, to.c_str(), width, via.c_str(), flags,
                            nic.c_str(), to == "::/96" ? " =>" : "");
     };
-    row("Destination", "Gateway", "Netif");
+    row("Destination", "Gateway", "Netif", "Flags");
     row("default", v6 ? GATEWAY6 : GATEWAY4, v6 ? world.gateway6_nic : world.gateway4_nic);
     row("::/96", "::1", v6 ? "lo0" : "");
     for (const Nic& nic : world.nics) {

@@ -142,7 +142,7 @@ void judgeState(Subject& subject, const Item& item, bool required) {
     const int cleared = clearedBy(item.family, subject.told, item.state);
     if (item.state == subject.told || !send(ASSERTED, asserted))
         return;
-    if (required || asserted != 0)
+    if (asserted != 0)
         subject.raised = item.state;
     if (!send(CLEARED, cleared))
         return;
@@ -225,12 +225,14 @@ Told tellMissing(const Subject& subject, bool required, int index, int& previous
     return told;
 }
 
-void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole) {
+// Those that must be known come first: another may be missing with the same bytes.
+void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole, bool sure) {
     int previous = 0;
     for (std::size_t i = 0; i < drives.order.size(); i++) {
         const std::string key = drives.order[i];
         Subject& subject = drives.known[key];
-        if (there.count(key) != 0 || subject.presence == Subject::missing)
+        if (there.count(key) != 0 || subject.presence == Subject::missing ||
+            sure == (subject.presence == Subject::unsure))
             continue;
         if (subject.presence == Subject::untold) {
             subject.presence = whole ? Subject::missing : Subject::untold;
@@ -250,14 +252,9 @@ void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole
 }
 
 bool listedOnboard() {
-    bool any = false, all = answered("geom disk list");
-    for (const Disk& disk : stage.world.disks) {
-        const std::string kind = disk.name.substr(0, 2);
-        any = any || disk.there;
-        all = all && (!disk.there || kind == "cd" || kind == "nd" ||
-                      answered("camcontrol identify " + disk.name, true));
-    }
-    return all && (any || faultOf("folders") == nullptr);
+    const auto& disks = stage.world.disks;
+    const bool any = std::any_of(disks.begin(), disks.end(), [](auto& disk) { return disk.there; });
+    return answered("geom disk list") && (any || faultOf("folders") == nullptr);
 }
 
 bool listedControllers(bool with_cards) {
@@ -301,8 +298,9 @@ void judgeDrives(Memory& memory, const std::vector<Item>& items, std::size_t tol
             (memory.rste         ? family == ONBOARD && answered("graid list")
              : family == ONBOARD ? listedOnboard()
                                  : listedControllers(family == RAID && stage.world.cards_enabled));
-        if (!memory.rste)
-            judgeMissing(drives, there[family], whole);
+        for (const bool sure : {true, false})
+            if (!memory.rste)
+                judgeMissing(drives, there[family], whole, sure);
         drives.listed = whole                         ? Drives::yes
                         : drives.listed == Drives::no ? Drives::maybe
                                                       : drives.listed;

@@ -111,8 +111,8 @@ std::string happen(History& history, Dice& dice, bool fault) {
         return changeWorld(stage.world, dice);
     Fault made = makeFault(stage.world, dice);
     // What was never there, or never went well, is no fault.
-    if (stage.pass == 1 &&
-        (made.what == "file" || made.what == "missing" || made.what == "fails with text"))
+    if (stage.pass == 1 && (made.what == "file" || made.what == "missing" ||
+                            made.what == "fails with text" || made.what == "prints nothing"))
         return "";
     made.until = stage.pass + (dice.percent(50) ? 0 : dice.percent(90) ? dice.below(5) : 15);
     stage.faults.push_back(made);

@@ -92,6 +92,15 @@ TEST_F(DriveEvents, OnlyWhatWasRefusedIsToldAgain) {
     EXPECT_EQ(pass({hd("OK")}), "FF F0 A6 03 FF");
     EXPECT_EQ(pass({hd("OK")}), "FF F0 A6 03 FF, FF F0 A1 03 FF");
     EXPECT_EQ(pass({hd("OK")}), "");
+    // A state that raises nothing and was over before the BMC heard of it is no news.
+    firstPass({hd("Fail")});
+    bmc->queue(0x04, 0x02, {Bytes{0x81}, Bytes{0x81}, Bytes{0x81}});
+    EXPECT_EQ(pass({hd("OK")}), "FF F0 A1 03 FF");
+    EXPECT_EQ(pass({hd("Fail")}), "");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(pass({}), "FF 70 A0 03 FF");
+    const Lines log = datedLog("com");
+    EXPECT_EQ(std::count(log.begin(), log.end(), "checkDrivePresence  HDD missing"), 1);
 }
 
 } // namespace

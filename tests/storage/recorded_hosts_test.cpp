@@ -8,6 +8,7 @@
 #include "storage/raid_card.h"
 #include "storage/rste.h"
 #include "storage/sas3008.h"
+#include "text.h"
 #include "tools/ask.h"
 
 #include <filesystem>
@@ -121,6 +122,23 @@ TEST(Collectors, AskNoMoreThanTheyNeed) {
                                 fileText(folder + "/out/geom_disk_list") + "Geom name: cd7\n"};
     EXPECT_EQ(told({collectOnboard}), records);
     EXPECT_EQ(std::count(asked.begin(), asked.end(), "lspci -v"), 1);
+}
+
+TEST(Collectors, TakeTheBusOfADiskThatNeverTellsItsSerialNumber) {
+    if (!play("storage-onboard"))
+        GTEST_SKIP() << SANDBOX_DENIED;
+    others["smartctl -i -H -A /dev/ada0"] = {program_end::exited, 2, ""};
+    const std::string disks = fileText(folder + "/out/geom_disk_list");
+    others["geom disk list"] = {program_end::exited, 0, disks.substr(0, disks.find("\n\n") + 1)};
+    std::string index;
+    int passes = 0;
+    for (index = "N/A"; index == "N/A" && passes < 100; ++passes) {
+        std::string records = told({collectOnboard});
+        replaceEmptyToNA(records);
+        index = splitFields(records, ";:", 99).at(5);
+    }
+    EXPECT_EQ(index, "0");
+    EXPECT_EQ(passes, 61);
 }
 
 TEST(Collectors, LogOnceWhatKeepsFromCards) {
