@@ -27,7 +27,7 @@ started() { # a daemon that has reported once
 if [ "$1" != life ]; then
     # a driver that never answers for its BMC, or late
     case $1 in silent) ms=1000000 ;; slow) ms=4900 ;; lost) ms=9000 ;; esac
-    export VYN_SIM_TIMEOUT_MS=$ms
+    export VYN_SIM_TIMEOUT_MS="$ms"
     printf 'Config : { updateFreq = 1; };\n' >/opt/norvik/vyn.ini
     check 'start' started
     if [ "$1" = lost ]; then # one answer only
