@@ -37,7 +37,8 @@ bool ports_enabled = false;
 // stop met: a BMC that is silent then gets only a little more time.
 std::optional<steady_clock::time_point> failing_since;
 constexpr std::chrono::seconds FAILING_MOST{6};
-// However long that one had waited already: another must be tried before the BMC counts as silent.
+// In a farewell, however long that one had waited already: another must be tried before the BMC
+// counts as silent.
 constexpr std::chrono::seconds COUNTED_OF_FIRST{5};
 
 bool isNumber(const std::string& text) {
@@ -117,6 +118,7 @@ int kcs_Interface(unsigned char* RequestCmd, unsigned char* ResponseBuf, int kcs
     if (result == 0 && ResponseBuf[2] != NO_ANSWER)
         failing_since.reset();
     else if (!failing_since.has_value() && stopRequested())
-        failing_since = std::max(began, steady_clock::now() - COUNTED_OF_FIRST);
+        failing_since =
+            farewellBegun() ? std::max(began, steady_clock::now() - COUNTED_OF_FIRST) : began;
     return result;
 }

@@ -5,6 +5,8 @@
 #include "state/flags.h"
 #include "state/schedule.h"
 
+#include <algorithm>
+
 std::atomic<int> watchdogEnabled{0};
 std::atomic<int> watchdogCmd{CMD_OEM_WATCHDOG};
 std::atomic<int> watchdogResetFreq{WATCHDOG_RESET_FREQ_START};
@@ -17,7 +19,7 @@ constexpr BYTE set_timer = 0x03;
 constexpr BYTE timer_seconds = 0x3C;
 constexpr BYTE timer_disabled = 0x00;
 
-std::atomic<bool> armed{false}; // this process has switched the timer on
+std::atomic<bool> armed{false}; // the timer runs, or may, and this process keeps it running
 
 bmc_response send(std::initializer_list<BYTE> data) {
     return askBmc(NETFN_OEM, static_cast<BYTE>(watchdogCmd.load()), data);
@@ -26,10 +28,12 @@ bmc_response send(std::initializer_list<BYTE> data) {
 // Keeps the timer running. A stopping process sets the stop flag before it switches the timer off:
 // nothing is sent under that flag, and what was on its way is taken back.
 void keepRunning() {
-    if (getWatchdog() == 0 && getStopFlag() == 0) {
+    if (getWatchdog() != 0) {
+        armed = true;
+    } else if (getStopFlag() == 0) {
         setWatchdog(1);
         if (getStopFlag() != 0)
-            setWatchdog(0);
+            switchWatchdogOff();
     }
     if (getStopFlag() == 0 && !send({restart_timer}).ok())
         printErrLog("watchdog reset", "command fail");
@@ -39,22 +43,36 @@ void keepRunning() {
 
 int checkWatchdog() {
     watchdogEnabled = 0;
-    for (const BYTE command : {CMD_OEM_WATCHDOG, CMD_OEM_WATCHDOG_OLD}) {
-        tryBmcAgain(); // it is not asked again later
-        if (askBmc(NETFN_OEM, command, {get_state}).ok()) {
-            watchdogCmd = command;
-            watchdogEnabled = 1;
-            break;
+    for (const BYTE command : {CMD_OEM_WATCHDOG, CMD_OEM_WATCHDOG_OLD})
+        for (int tries = 0; watchdogEnabled == 0 && tries < 2; ++tries) { // one may be lost
+            tryBmcAgain();
+            if (askBmc(NETFN_OEM, command, {get_state}).ok()) {
+                watchdogCmd = command;
+                watchdogEnabled = 1;
+            } else if (!bmcAway()) {
+                break;
+            }
         }
-    }
     return watchdogEnabled;
 }
 
 void setWatchdog(int enable) {
-    if (!send({set_timer, enable > 0 ? timer_seconds : timer_disabled, 0x00}).ok())
+    const bool is_sent = !bmcAway();
+    const bool taken = send({set_timer, enable > 0 ? timer_seconds : timer_disabled, 0x00}).ok();
+    if (!taken)
         printErrLog("set watchdog timer", "command fail");
-    else
-        armed = enable > 0;
+    // Of a lost answer the worst is assumed.
+    if (taken || (enable > 0 && is_sent))
+        armed = enable > 0 && (taken || bmcAway());
+}
+
+void switchWatchdogOff() {
+    for (int tries = 0; tries < 2; ++tries) {
+        tryBmcAgain();
+        setWatchdog(0);
+        if (!bmcAway())
+            return;
+    }
 }
 
 bool watchdogArmed() {
@@ -73,7 +91,10 @@ void* watchdog_reset_handler(void* /*arg*/) {
         const scoped_lock guard = watchdog_reset_schedule.cycle();
         tryBmcAgain();
         keepRunning();
-        watchdog_reset_schedule.waitForNextCycle(watchdogResetFreq);
+        // A timer that runs is kept running, even where the probe's answer was lost.
+        const int seconds = watchdogResetFreq;
+        watchdog_reset_schedule.waitForNextCycle(
+            armed ? std::min(seconds, WATCHDOG_RESET_FREQ_START) : seconds);
     }
     return nullptr;
 }

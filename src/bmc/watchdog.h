@@ -17,7 +17,10 @@ int checkWatchdog();
 // Switches the BMC's timer on (60 seconds) or off. A failure is logged.
 void setWatchdog(int enable);
 
-// Whether this process has switched the timer on, and not off since.
+// Switches it off, once more if the answer is lost.
+void switchWatchdogOff();
+
+// Whether the timer runs, or may, for all that this process knows.
 bool watchdogArmed();
 
 // The timer's state byte: 0 when it does not run or the request failed.

@@ -6,9 +6,12 @@
 #include "text.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 
 namespace {
+
+using std::chrono::steady_clock;
 
 constexpr const char* LABEL = "NVME locate ->";
 
@@ -19,8 +22,9 @@ constexpr BYTE POSITION_LOCATE = 0x01;
 constexpr int AOCS = 2;
 constexpr int GROUPS = 8;
 constexpr int SLOTS = 24;
-constexpr int TIMEOUTS_MOST =
-    3; // in a row; a backplane may answer so for a slot that it can't read
+// What the time-outs of a search may cost. A backplane may answer so, at once, for a slot that it
+// can't read.
+constexpr std::chrono::seconds TIMEOUTS_MOST{15};
 
 constexpr std::size_t SERIAL_OFFSET = 6; // in the answer to POSITION_READ
 constexpr std::size_t SERIAL_SIZE = 20;
@@ -80,18 +84,19 @@ int locateManage(int index, const char* deviceName) {
         deviceFailed(LABEL, deviceName);
         return 1;
     }
-    int timeouts = 0;
+    steady_clock::duration lost{};
     for (int position = 0; position < AOCS * GROUPS * SLOTS && !stopRequested(); position++) {
         const int aoc = position / (GROUPS * SLOTS), group = position / SLOTS % GROUPS,
                   slot = position % SLOTS;
         std::string serial;
+        const auto began = steady_clock::now();
         if (positionSerial(aoc, group, slot, serial) && sameDrive(device, serial)) {
             locateLed(index, aoc, slot, group);
             return 0;
         }
-        if (!bmcAway())
-            timeouts = 0;
-        else if (transportFailed() || ++timeouts == TIMEOUTS_MOST)
+        if (bmcAway())
+            lost += steady_clock::now() - began;
+        if (transportFailed() || lost > TIMEOUTS_MOST)
             return 0;
         tryBmcAgain();
     }

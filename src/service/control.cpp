@@ -60,11 +60,10 @@ void announce(const char* action) {
 // Changes a flag and tells the BMC the new status; info_lock is held. That the service ends is the
 // last that is told.
 void changeStatus(int (*set_flag)(int), int value, int status) {
-    const bool ending = status != STATUS_STOPPED && (farewellBegun() || getStopFlag() != 0);
     set_flag(value);
     mStatus = status;
     getStartTime();
-    if (!ending)
+    if (status == STATUS_STOPPED || (!farewellBegun() && getStopFlag() == 0))
         getVYNInfo();
 }
 
@@ -76,8 +75,7 @@ void sayFarewell() {
     watchdog_reset_schedule.hold();
     if (watchdogEnabled != 1 && !watchdogArmed())
         return;
-    tryBmcAgain();
-    setWatchdog(0);
+    switchWatchdogOff();
 }
 
 } // namespace
@@ -90,7 +88,7 @@ int stop() {
         const scoped_lock guard(info_lock);
         changeStatus(setStopFlag, 1, STATUS_STOPPED);
         if (checkWatchdog() == 1)
-            setWatchdog(0);
+            switchWatchdogOff();
     }
     stopWatcher();
     destroy();

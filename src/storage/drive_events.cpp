@@ -22,6 +22,8 @@ bool sendDriveEvent(BYTE sensor, BYTE alert, BYTE event_type, drive_bytes bytes)
     return sendSmartSEL(record) == 0;
 }
 
+std::set<std::string> arrived; // serial numbers of drives that came in the pass under way
+
 // A drive's record on its way through its family's handler.
 struct drive_record {
     drive_family& family;
@@ -100,6 +102,15 @@ bool tellArrival(const drive_record& record, hdd_list& node) {
     return true;
 }
 
+void noteSerial(const drive_record& record, hdd_list& node, bool arrives) {
+    const std::size_t field = record.family.serial_field;
+    if (field == 0 || record.fields[field].empty() || record.fields[field] == "N/A")
+        return;
+    copyText(node.serial, record.fields[field]);
+    if (arrives)
+        arrived.insert(node.serial);
+}
+
 bool isFirstPass(const drive_family& family, const std::string& name) {
     return static_first_init == 1 || !family.listed_once || family.open_then.count(name) != 0 ||
            (family.empty_list_is_first_pass && *family.head == nullptr);
@@ -111,6 +122,7 @@ void addDrive(const drive_record& record) {
     hdd_list& node = *appendNode(*family.head, *family.prev);
     copyText(node.name, record.name());
     family.describe(node, record.fields);
+    noteSerial(record, node, !first_pass);
     node.presence = first_pass ? drive_present : drive_untold;
 
     if (first_pass || family.log_before_event)
@@ -126,6 +138,7 @@ void updateDrive(const drive_record& record, hdd_list& node) {
     const drive_family& family = record.family;
     const bool was_missing = node.presence == drive_missing;
     node.checked = 0;
+    noteSerial(record, node, was_missing);
     if (node.presence == drive_gone) // nobody was told
         node.presence = drive_present;
     if (node.presence != drive_present) {
@@ -184,10 +197,10 @@ constexpr void (*HANDLERS[DRIVE_KINDS])(const record_fields& fields, bool state_
                                         bool certain) = {
     addStorageSELRecord, addStorage3008ITSELRecord, addStorageRaidSELRecord};
 
-// A drive whose arrival was never told is not told missing either. The event is sent until it is
-// taken, the line written once.
+// A drive whose arrival was never told is not told missing either, nor one that came back under
+// another name. The event is sent until it is taken, the line written once.
 void reportMissing(const drive_family& family, hdd_list& node, drive_bytes bytes) {
-    if (node.presence == drive_untold) {
+    if (node.presence == drive_untold || arrived.count(node.serial) != 0) {
         node.presence = drive_missing;
         return;
     }
@@ -203,6 +216,7 @@ void reportMissing(const drive_family& family, hdd_list& node, drive_bytes bytes
 } // namespace
 
 void resetDrivePresenceCheck() {
+    arrived.clear();
     for (const drive_family& family : drive_families)
         for (hdd_list* node = *family.head; node != nullptr; node = node->next)
             node->checked = 1;

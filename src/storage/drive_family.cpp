@@ -11,6 +11,7 @@ hdd_list *g_raid_hdd_head, *g_raid_hdd_prev;
 
 namespace {
 
+constexpr std::size_t SERIAL_FIELD = 3;   // onboard
 constexpr std::size_t INDEX_FIELD = 5;    // onboard
 constexpr std::size_t LOCATION_FIELD = 7; // behind a controller
 
@@ -81,6 +82,7 @@ drive_family onboardFamily() noexcept {
     family.name_field = 1;
     family.state_field = 2;
     family.index_field = INDEX_FIELD;
+    family.serial_field = SERIAL_FIELD;
     family.rules = {
         {"Fail", event_fault, match::exact, match::exact, "OK"},
         {"FAILED", event_failed_array, match::exact, match::exact},

@@ -35,7 +35,8 @@ struct drive_family {
     const char* tag = ""; // field 0 of its records
     std::size_t name_field = 0;
     std::size_t state_field = 0;
-    std::size_t index_field = 0; // that says where the drive sits; 0: its name does
+    std::size_t index_field = 0;  // that says where the drive sits; 0: its name does
+    std::size_t serial_field = 0; // of a drive whose name may change; 0: it does not
     std::vector<state_rule> rules;
 
     drive_bytes (*bytes)(const record_fields& fields) = nullptr;

@@ -21,6 +21,7 @@ struct hdd_list {
     char status[50];        // the last state that was told whole, the first 49 characters
     char raised[50];        // a state that was asserted, while what it clears is still to be told
     char index[5];          // onboard: the drive index, the first 4 characters
+    char serial[32];        // onboard: what was told of it last, the first 31 characters
     int controller, enclosure, slot; // behind a controller: the numbers in the location
     int presence;
     int checked; // 1: not seen yet in the pass under way

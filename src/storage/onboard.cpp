@@ -231,13 +231,6 @@ bool isPartitionOf(const std::string& disk, const std::string& name) {
            name[disk.size()] <= 'z';
 }
 
-// Whether camcontrol refused the disk as none of ATA, or told otherwise. Anything else tells
-// nothing.
-bool isOtherKind(const reply& answer) {
-    return answer.end == program_end::exited &&
-           (answer.exit_status == 0 ? !answer.text.empty() : answer.known || answer.text.empty());
-}
-
 void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     const reply& answer = ask({camcontrolIdentify(disk.name), pass.label, disk.name});
     std::optional<identify_facts> identity;
@@ -246,9 +239,7 @@ void collectDisk(onboard_pass& pass, const geom_disk& disk) {
     if (identity.has_value() && !identity->has_model)
         identity.reset();
     if (!identity.has_value() && known_disks.count(disk.name) == 0) {
-        // One that was reported may have come back and not answer yet.
-        if (reported.count(disk.name) != 0 || !isOtherKind(answer))
-            pass.items.leaveOpen(bare("/dev/" + disk.name));
+        pass.items.leaveOpen(bare("/dev/" + disk.name)); // none of ATA, or not yet
         return;
     }
     reported.insert(disk.name);

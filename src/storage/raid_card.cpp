@@ -120,8 +120,7 @@ std::map<std::string, storcli_drive_facts> driveFacts(card_pass& pass, const std
     return {};
 }
 
-void addDrives(card_pass& pass, const std::string& number, const storcli_card& card,
-               bool state_known) {
+void addDrives(card_pass& pass, const std::string& number, const storcli_card& card, bool listed) {
     auto facts = driveFacts(pass, number);
     std::size_t place = 0;
     for (const storcli_drive& drive : card.drives) {
@@ -132,7 +131,7 @@ void addDrives(card_pass& pass, const std::string& number, const storcli_card& c
                            ":" + drive.state + ":" + told.serial + ":" + told.firmware + ";" +
                            placeOf(number, drive) + ";" + drive.medium + ";N/A;" + told.model +
                            ";" + drive.size,
-                       state_known, state_known);
+                       listed && !drive.state.empty(), listed);
     }
 }
 
@@ -169,7 +168,9 @@ void collectCards(card_pass& pass) {
         printErrLog("raidCards ->", "no expression that can be used: " + pattern);
     const reply& answer = pass.answer(storcliShow());
     const storcli_listing listing = parseStorcliShow(printedText(answer));
-    if (!isWholeListing(storcliShow(), answer, listing.told))
+    const bool whole =
+        listing.told && static_cast<std::size_t>(listing.count) <= listing.controllers.size();
+    if (!isWholeListing(storcliShow(), answer, whole))
         pass.items.listingUnknown(drive_kind::raid);
     for (const std::string& card : selectCards(listing, pattern))
         if (!pass.items.full())

@@ -100,7 +100,7 @@ std::string driveRecord(const sas3008_controller& controller, const sas_drive& d
            gibibytes(drive.size);
 }
 
-void addRecords(storage_items& items, const sas3008_controller& controller, bool state_known) {
+void addRecords(storage_items& items, const sas3008_controller& controller, bool listed) {
     const sas_display& display = controller.display;
     if (!controller.inIrMode() && display.raid_support != "No")
         return;
@@ -110,7 +110,7 @@ void addRecords(storage_items& items, const sas3008_controller& controller, bool
             items.add(volumeRecord(controller, volume));
     std::size_t place = 0;
     for (const sas_drive& drive : display.drives)
-        items.add(driveRecord(controller, drive, place++), state_known, state_known);
+        items.add(driveRecord(controller, drive, place++), listed && !drive.state.empty(), listed);
 }
 
 // The drives behind a controller in this mode, or behind any when it is not known.

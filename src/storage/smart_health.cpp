@@ -10,6 +10,7 @@ namespace {
 struct told_before {
     bool recognised = false;
     bool health = false;
+    std::string serial = {};
 };
 std::map<std::string, told_before> remembered; // by subject
 
@@ -26,6 +27,8 @@ smart_reply askSmart(const command_line& words, const std::string& subject, cons
 
     const smart_facts& facts = result.facts;
     told_before& before = remembered[subject];
+    if (!facts.serial.empty() && facts.serial != before.serial)
+        before = {false, false, facts.serial}; // another drive
     if (!answer.known || (before.recognised && !facts.recognised)) {
         result.facts = {};
         return result;

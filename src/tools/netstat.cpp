@@ -14,7 +14,7 @@ constexpr std::size_t NARROWEST_NETIF = 6;
 
 // From how many characters on a name may have been cut. The column reaches from the one before,
 // whose words end below its title, but for the flags, which are six characters from their left. One
-// or two of the blanks between belong to neither.
+// or two of the blanks between belong to neither: the width is even.
 std::size_t cutFrom(std::string_view header, const std::vector<std::string_view>& titles,
                     std::size_t column) {
     const auto start = [&](std::size_t title) {
@@ -23,7 +23,8 @@ std::size_t cutFrom(std::string_view header, const std::vector<std::string_view>
     const std::string_view before = titles[column - 1];
     const std::size_t room = start(column) + titles[column].size() - start(column - 1) -
                              (before == "Flags" ? 6 : before.size());
-    return std::max(NARROWEST_NETIF, room - std::min<std::size_t>(room, 2));
+    const std::size_t width = room - std::min<std::size_t>(room, 2);
+    return std::max(NARROWEST_NETIF, width + width % 2);
 }
 
 } // namespace

@@ -148,6 +148,10 @@ class drive_reader {
         finish();
         return std::move(m_drives);
     }
+    // Whether every device told its place and its state.
+    bool isWhole() const {
+        return m_whole;
+    }
 
   private:
     enum value {
@@ -185,6 +189,9 @@ class drive_reader {
 
     void finish() {
         const auto told = [this](value which) { return m_told[which].value_or(""); };
+        m_whole = m_whole && (!m_titled || m_is_enclosure ||
+                              (m_told[enclosure].has_value() && m_told[slot].has_value() &&
+                               m_told[state].has_value()));
         if (!told(slot).empty() && !m_is_enclosure) // half a display may end within a drive
             m_drives.push_back({{told(enclosure), told(slot)},
                                 told(state),
@@ -203,6 +210,7 @@ class drive_reader {
     std::optional<std::string> m_told[VALUES];
     bool m_titled = false;
     bool m_is_enclosure = false;
+    bool m_whole = true;
 };
 
 void takeControllerLine(sas_display& display, std::string_view line) {
@@ -235,7 +243,7 @@ sas_display parseSas3ircuDisplay(std::string_view text) {
     }
     display.volumes = volumes.volumes();
     display.drives = drives.drives();
-    display.whole = drives_told && current == section::end &&
+    display.whole = drives_told && drives.isWhole() && current == section::end &&
                     (display.raid_support == "Yes" || display.raid_support == "No");
     return display;
 }

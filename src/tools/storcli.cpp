@@ -246,15 +246,18 @@ storcli_card parseStorcliCard(std::string_view text) {
     table_reader table(text);
     while (table.next()) {
         takeNamed(said, table.line(),
-                  {"Controller", "Status", "Device Interface", "BIOS Version", "FW Version",
-                   "Product Name"});
+                  {"Controller", "Status", "Physical Drives", "Device Interface", "BIOS Version",
+                   "FW Version", "Product Name"});
         if (table.isRow())
             takeCardRow(card, table, places);
     }
     card.drives_whole = table.isClosed("PD LIST");
-    card.whole = said.count("Controller") != 0 && said["Status"] != "Failure";
-    said.erase("Controller");
-    said.erase("Status");
+    const bool has_none =
+        card.drives.empty() && wholeNumber(said["Physical Drives"]).value_or(0) == 0;
+    card.whole = said.count("Controller") != 0 && said["Status"] != "Failure" &&
+                 (card.drives_whole || has_none);
+    for (const char* name : {"Controller", "Status", "Physical Drives"})
+        said.erase(name);
     card.named = !said.empty();
     card.interface = said["Device Interface"];
     card.bios = said["BIOS Version"];

@@ -114,7 +114,7 @@ TEST_F(Host, MapsMediaToSpeed) {
 
 TEST_F(Host, FindsTheGatewayOfEachInterface) {
     host.file("interfaces.txt", "1 em0 8843 - 1 0 1 0\n2 lagg0.100 8843 - 1 0 1 0\n"
-                                "3 vlan10 8843 - 1 0 1 0\n4 vlan100 8843 - 1 0 1 0\n");
+                                "3 vlan100 8843 - 1 0 1 0\n4 vlan1000 8843 - 1 0 1 0\n");
     says("hostname hostname", "h\n"); // the kernel tells no name
     says("ifconfig -a", block("em0", "\tinet6 fe80::1%em0 x\n\tinet6 2001:db8::5 x\n"));
     const std::vector<Lines> cases{
@@ -124,7 +124,7 @@ TEST_F(Host, FindsTheGatewayOfEachInterface) {
         {"Refs Use Netif\n", "default 192.0.2.1 UGS 0 7 lagg0.\n",
          "default fe80::9%em0 UG 0 7 em0 =>\n", "fe80::9%em0 192.0.2.1 N/A N/A"},
         {"Refs Use  Netif\n", "default 192.0.2.1 UGS 0 7 vlan10\n", "", "N/A N/A N/A N/A"},
-        {"    Netif Expire\n", "default 192.0.2.1 UGS vlan10\n", "", "N/A N/A 192.0.2.1 N/A"},
+        {"    Netif Expire\n", "default 192.0.2.1 UGS vlan100\n", "", "N/A N/A 192.0.2.1 N/A"},
         {"Nhop# Mtu Netif\n", "192.0.2.0/24 link#1 U 3 1500 em0\n",
          "2001:db8::55 link#7 U 1 1 lo0\n2001:db8::5\tlink#8 U 1\nfe80::1%em0 link#9\n",
          "link#8 N/A N/A N/A"}};
@@ -140,8 +140,8 @@ TEST_F(Host, FindsTheGatewayOfEachInterface) {
             EXPECT_EQ(fields.at(LAN_HOST), "h");
             gateways[fields.at(LAN_NAME)] = fields.at(LAN_GATEWAY);
         }
-        EXPECT_EQ(gateways["em0"] + " " + gateways["lagg0.100"] + " " + gateways["vlan10"] + " " +
-                      gateways["vlan100"],
+        EXPECT_EQ(gateways["em0"] + " " + gateways["lagg0.100"] + " " + gateways["vlan100"] + " " +
+                      gateways["vlan1000"],
                   test[3]);
     }
 }

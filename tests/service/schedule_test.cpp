@@ -84,7 +84,7 @@ TEST_F(Codes, OneProbeDoesNotCostTheNext) {
         EXPECT_EQ(fileText("/opt/norvik/vyn.hdd.ini"),
                   download && map && kind.request != 0x30A008 ? "" : "Hdd count,1\nS1,1\n");
         EXPECT_EQ(watchdogResetFreq, WATCHDOG_RESET_FREQ_ENABLED);
-        EXPECT_EQ(watchdogCmd, download ? 0xB6 : 0xB3);
+        EXPECT_EQ(watchdogCmd, download || timedOut() ? 0xB6 : 0xB3);
         if (download) {
             EXPECT_EQ(datedLog("err").back(),
                       (map ? "isSupportedSaveBiosHdd ->  " : "isSupportedNVMe ->  ") +
@@ -187,6 +187,14 @@ TEST_F(Codes, TheWatchdogIsStartedAndKickedAllTheSame) {
         sim.watchdog.running = false;
         watchdog_reset_handler(nullptr);
         EXPECT_TRUE(sim.watchdog.running && watchdogArmed());
+    });
+}
+
+TEST_F(Codes, ALostAnswerDoesNotLeaveTheWatchdogOn) {
+    forEachCode({{0x30B603}}, [&](const Kind&) {
+        sim.watchdog.running = true;
+        switchWatchdogOff();
+        EXPECT_EQ(sim.watchdog.running, !timedOut());
     });
 }
 

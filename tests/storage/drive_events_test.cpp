@@ -81,6 +81,9 @@ TEST_F(DriveEvents, OfStatesAndPlaces) {
     // Missing onboard drives without a number take the byte of the one before, zero at first.
     firstPass({hd("OK", "N/A"), hd("OK", "300"), hd("OK", "x")});
     EXPECT_EQ(pass({}), "FF 70 A0 00 FF, FF 70 A0 2C FF, FF 70 A0 2C FF");
+    // A drive under another name is where it was.
+    firstPass({hd("OK")});
+    EXPECT_EQ(pass({hd("OK", "4")}), "FF F0 A0 04 FF");
     // Of two records of a place the first counts.
     EXPECT_EQ(firstPass({raid("UBad"), raid("Onln")}), "FF 70 A1 13 FF");
 }
