@@ -65,6 +65,7 @@ void skeleton_daemon(const char* rundir, const char* pidfile) {
 }
 
 int start() {
+    umask(033); // a new configuration file's too
     takeStartLock();
     if (getServiceCount() > 0) {
         std::puts("service existed");
