@@ -104,10 +104,10 @@ bool tellArrival(const drive_record& record, hdd_list& node) {
 
 void noteSerial(const drive_record& record, hdd_list& node, bool arrives) {
     const std::size_t field = record.family.serial_field;
-    if (field == 0 || record.fields[field].empty() || record.fields[field] == "N/A")
+    if (field == 0)
         return;
-    copyText(node.serial, record.fields[field]);
-    if (arrives)
+    copyText(node.serial, record.fields[field] == "N/A" ? "" : record.fields[field]);
+    if (arrives && *node.serial != '\0')
         arrived.insert(node.serial);
 }
 

@@ -200,6 +200,9 @@ void judgeDrive(Drives& drives, const Item& item, bool visible, bool first_pass)
     if (told_place && (!subject.placed || subject.item.index < 0))
         subject.item = item;
     subject.placed = subject.placed || told_place;
+    subject.serial = item.serial;
+    if (!item.serial.empty())
+        subject.serials.insert(item.serial);
     Subject& known = drives.known[item.key];
     Subject old = std::exchange(known, subject);
     if (is_new) {
@@ -225,8 +228,12 @@ Told tellMissing(const Subject& subject, bool required, int index, int& previous
     return told;
 }
 
-// Those that must be known come first: another may be missing with the same bytes.
+// Those that must be known come first: another may be missing with the same bytes. A disk that is
+// there under another name need not be told.
 void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole, bool sure) {
+    std::set<std::string> serials;
+    for (const std::string& key : there)
+        serials.insert(drives.known[key].serial);
     int previous = 0;
     for (std::size_t i = 0; i < drives.order.size(); i++) {
         const std::string key = drives.order[i];
@@ -239,10 +246,14 @@ void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole
             continue;
         }
         const bool unsure = subject.presence == Subject::unsure;
+        const bool moved =
+            std::any_of(serials.begin(), serials.end(), [&](const std::string& serial) {
+                return subject.serials.count(serial) != 0;
+            });
         Told told = subject.placed ? Told::absent : tellMissing(subject, false, -1, previous);
         if (told == Told::absent)
-            told = tellMissing(subject, whole && !unsure, subject.item.index, previous);
-        if (told == Told::taken) {
+            told = tellMissing(subject, whole && !unsure && !moved, subject.item.index, previous);
+        if (told == Told::taken || (moved && whole && told == Told::absent && !stage.away)) {
             subject.presence = Subject::missing;
         } else if (unsure && whole && told == Told::absent && !stage.away) {
             drives.known.erase(key); // it was never seen

@@ -17,6 +17,7 @@ struct Item {
     std::vector<std::string> listed_by = {}; // command lines
     std::string state_by = {};               // empty: its list tells the state
     bool mapped = false;                     // onboard: where it sits is told by the drive map
+    std::string serial = {};                 // onboard
 };
 
 constexpr std::size_t LINES_MOST = 256; // of a pass; one more for the RAID cards
@@ -44,7 +45,9 @@ struct Subject {
     std::string told, raised; // states: told whole; asserted while the old one is not cleared yet
     enum { present, missing, untold, unsure } presence = present; // unsure: present or untold
     Item item;
-    bool placed = true; // onboard: the agent can know where it sits
+    bool placed = true;      // onboard: the agent can know where it sits
+    std::string serial = {}; // onboard: of the disk, and of all that had its name
+    std::set<std::string> serials = {};
 };
 struct Drives {
     std::map<std::string, Subject> known;

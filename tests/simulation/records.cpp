@@ -65,7 +65,8 @@ Item onboardItem(const World& world, const Disk& disk, const std::string& rest, 
             0,
             {"geom disk list", "camcontrol identify " + disk.name},
             "smartctl -i -H -A " + key,
-            world.drive_map.count(disk.serial) != 0 && !disk.usb};
+            world.drive_map.count(disk.serial) != 0 && !disk.usb,
+            disk.serial};
 }
 
 Item diskItem(const World& world, const Disk& disk) {
