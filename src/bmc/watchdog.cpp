@@ -5,8 +5,6 @@
 #include "state/flags.h"
 #include "state/schedule.h"
 
-#include <algorithm>
-
 std::atomic<int> watchdogEnabled{0};
 std::atomic<int> watchdogCmd{CMD_OEM_WATCHDOG};
 std::atomic<int> watchdogResetFreq{WATCHDOG_RESET_FREQ_START};
@@ -18,6 +16,7 @@ constexpr BYTE get_state = 0x02;
 constexpr BYTE set_timer = 0x03;
 constexpr BYTE timer_seconds = 0x3C;
 constexpr BYTE timer_disabled = 0x00;
+constexpr BYTE invalid_command = 0xC1; // IPMI v2.0, 5.2
 
 std::atomic<bool> armed{false}; // the timer runs, or may, and this process keeps it running
 
@@ -58,12 +57,13 @@ int checkWatchdog() {
 
 void setWatchdog(int enable) {
     const bool is_sent = !bmcAway();
-    const bool taken = send({set_timer, enable > 0 ? timer_seconds : timer_disabled, 0x00}).ok();
-    if (!taken)
+    const BYTE code = send({set_timer, enable > 0 ? timer_seconds : timer_disabled, 0x00}).code;
+    if (code != 0)
         printErrLog("set watchdog timer", "command fail");
-    // Of a lost answer the worst is assumed.
-    if (taken || (enable > 0 && is_sent))
-        armed = enable > 0 && (taken || bmcAway());
+    if (code == 0 || code == invalid_command)
+        armed = code == 0 && enable > 0;
+    else if (enable > 0 && is_sent && bmcAway()) // the answer was lost: the worst is assumed
+        armed = true;
 }
 
 void switchWatchdogOff() {
@@ -92,9 +92,9 @@ void* watchdog_reset_handler(void* /*arg*/) {
         tryBmcAgain();
         keepRunning();
         // A timer that runs is kept running, even where the probe's answer was lost.
-        const int seconds = watchdogResetFreq;
-        watchdog_reset_schedule.waitForNextCycle(
-            armed ? std::min(seconds, WATCHDOG_RESET_FREQ_START) : seconds);
+        const bool unprobed = armed && watchdogResetFreq == WATCHDOG_RESET_FREQ_ABSENT;
+        watchdog_reset_schedule.waitForNextCycle(unprobed ? WATCHDOG_RESET_FREQ_ENABLED
+                                                          : watchdogResetFreq.load());
     }
     return nullptr;
 }

@@ -22,7 +22,8 @@ bool sendDriveEvent(BYTE sensor, BYTE alert, BYTE event_type, drive_bytes bytes)
     return sendSmartSEL(record) == 0;
 }
 
-std::set<std::string> arrived; // serial numbers of drives that came in the pass under way
+// Serial number and place of each drive of the pass under way, where its name tells neither.
+std::set<std::pair<std::string, std::string>> seen;
 
 // A drive's record on its way through its family's handler.
 struct drive_record {
@@ -102,13 +103,13 @@ bool tellArrival(const drive_record& record, hdd_list& node) {
     return true;
 }
 
-void noteSerial(const drive_record& record, hdd_list& node, bool arrives) {
-    const std::size_t field = record.family.serial_field;
-    if (field == 0)
+void noteSerial(const drive_record& record, hdd_list& node) {
+    const drive_family& family = record.family;
+    const std::string& serial = record.fields[family.serial_field];
+    if (family.serial_field == 0 || serial.empty() || serial == "N/A")
         return;
-    copyText(node.serial, record.fields[field] == "N/A" ? "" : record.fields[field]);
-    if (arrives && *node.serial != '\0')
-        arrived.insert(node.serial);
+    copyText(node.serial, serial);
+    seen.insert({node.serial, record.fields[family.index_field].substr(0, sizeof node.index - 1)});
 }
 
 bool isFirstPass(const drive_family& family, const std::string& name) {
@@ -122,7 +123,7 @@ void addDrive(const drive_record& record) {
     hdd_list& node = *appendNode(*family.head, *family.prev);
     copyText(node.name, record.name());
     family.describe(node, record.fields);
-    noteSerial(record, node, !first_pass);
+    noteSerial(record, node);
     node.presence = first_pass ? drive_present : drive_untold;
 
     if (first_pass || family.log_before_event)
@@ -138,7 +139,7 @@ void updateDrive(const drive_record& record, hdd_list& node) {
     const drive_family& family = record.family;
     const bool was_missing = node.presence == drive_missing;
     node.checked = 0;
-    noteSerial(record, node, was_missing);
+    noteSerial(record, node);
     if (node.presence == drive_gone) // nobody was told
         node.presence = drive_present;
     if (node.presence != drive_present) {
@@ -197,10 +198,10 @@ constexpr void (*HANDLERS[DRIVE_KINDS])(const record_fields& fields, bool state_
                                         bool certain) = {
     addStorageSELRecord, addStorage3008ITSELRecord, addStorageRaidSELRecord};
 
-// A drive whose arrival was never told is not told missing either, nor one that came back under
-// another name. The event is sent until it is taken, the line written once.
+// A drive whose arrival was never told is not told missing either, nor one that sits where it sat
+// under another name. The event is sent until it is taken, the line written once.
 void reportMissing(const drive_family& family, hdd_list& node, drive_bytes bytes) {
-    if (node.presence == drive_untold || arrived.count(node.serial) != 0) {
+    if (node.presence == drive_untold || seen.count({node.serial, node.index}) != 0) {
         node.presence = drive_missing;
         return;
     }
@@ -216,7 +217,7 @@ void reportMissing(const drive_family& family, hdd_list& node, drive_bytes bytes
 } // namespace
 
 void resetDrivePresenceCheck() {
-    arrived.clear();
+    seen.clear();
     for (const drive_family& family : drive_families)
         for (hdd_list* node = *family.head; node != nullptr; node = node->next)
             node->checked = 1;

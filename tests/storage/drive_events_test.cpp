@@ -81,9 +81,10 @@ TEST_F(DriveEvents, OfStatesAndPlaces) {
     // Missing onboard drives without a number take the byte of the one before, zero at first.
     firstPass({hd("OK", "N/A"), hd("OK", "300"), hd("OK", "x")});
     EXPECT_EQ(pass({}), "FF 70 A0 00 FF, FF 70 A0 2C FF, FF 70 A0 2C FF");
-    // A drive under another name is where it was.
+    // A drive under another name is where it was, or it isn't.
     firstPass({hd("OK")});
-    EXPECT_EQ(pass({hd("OK", "4")}), "FF F0 A0 04 FF");
+    EXPECT_EQ(pass({"HD;/dev/ada4:OK:S1:F1;3;"}), "FF F0 A0 03 FF");
+    EXPECT_EQ(pass({hd("OK", "5")}), "FF F0 A0 05 FF, FF 70 A0 03 FF");
     // Of two records of a place the first counts.
     EXPECT_EQ(firstPass({raid("UBad"), raid("Onln")}), "FF 70 A1 13 FF");
 }
