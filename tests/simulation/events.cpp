@@ -253,8 +253,10 @@ void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole
         Told told = subject.placed ? Told::absent : tellMissing(subject, false, -1, previous);
         if (told == Told::absent)
             told = tellMissing(subject, whole && !unsure && !moved, subject.item.index, previous);
-        if (told == Told::taken || (moved && whole && told == Told::absent && !stage.away)) {
+        if (told == Told::taken) {
             subject.presence = Subject::missing;
+        } else if (moved && whole && told == Told::absent) {
+            subject.presence = stage.away ? Subject::unsure : Subject::missing;
         } else if (unsure && whole && told == Told::absent && !stage.away) {
             drives.known.erase(key); // it was never seen
             drives.order.erase(drives.order.begin() + static_cast<std::ptrdiff_t>(i--));
