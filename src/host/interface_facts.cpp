@@ -10,6 +10,7 @@
 namespace {
 
 std::map<std::string, interface_facts> known;
+std::set<std::string> listed;
 
 using told_interfaces = std::map<std::string, ifconfig_interface>;
 
@@ -50,8 +51,16 @@ void askInterfaces(const std::vector<interface_row>& rows) {
     const told_interfaces told = askIfconfig();
     for (const interface_row& row : rows)
         update(row, told);
-    if (!told.empty())
-        forgetOthers(rows, told);
+    if (told.empty())
+        return;
+    forgetOthers(rows, told);
+    listed.clear();
+    for (const auto& [name, interface] : told)
+        listed.insert(name);
+}
+
+const std::set<std::string>& listedInterfaces() {
+    return listed;
 }
 
 const interface_facts& factsOf(const std::string& name) {

@@ -4,6 +4,7 @@
 
 #include "host/interface_walk.h"
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,9 @@ struct interface_facts {
 
 // Asks, unless that was done in this cycle, and takes over what is told of these interfaces.
 void askInterfaces(const std::vector<interface_row>& rows);
+
+// Every name that ifconfig told last.
+const std::set<std::string>& listedInterfaces();
 
 // Of an interface that nothing was ever told of: all empty. Valid until the next askInterfaces.
 const interface_facts& factsOf(const std::string& name);

@@ -65,8 +65,11 @@ bool isThrough(const listed_route& route, const std::string& iface) {
     const auto begins = [&](const std::string& name) {
         return name.compare(0, listed.size(), listed) == 0;
     };
-    return route.maybe_cut ? begins(iface) && std::count_if(names.begin(), names.end(), begins) == 1
-                           : listed == iface;
+    if (!route.maybe_cut)
+        return listed == iface;
+    std::set<std::string> all = listedInterfaces(); // more than those of the records
+    all.insert(names.begin(), names.end());
+    return begins(iface) && std::count_if(all.begin(), all.end(), begins) == 1;
 }
 
 template <class Fits>

@@ -8,6 +8,7 @@
 #include "host/samples.h"
 #include "text.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <mutex>
@@ -17,6 +18,8 @@ network_usage_list* network_head = nullptr;
 network_usage_list* network_prev = nullptr;
 
 namespace {
+
+using std::chrono::steady_clock;
 
 constexpr std::size_t MAX_INTERFACES = 32;
 constexpr double BITS_PER_MBIT = 1048576;
@@ -34,13 +37,18 @@ constexpr list_report USAGE_REPORT = {"Network Usage items %d%d\n",
 // an upload waits.
 std::mutex network_guard;
 unsigned long seconds = 0; // see network_usage_list
+steady_clock::time_point newest;
 
 // Appends a sample per interface. The guard is held from before the walk, so that the samples of
-// two threads stand in time order.
-std::optional<std::vector<interface_row>> sampleInterfaces() {
+// two threads stand in time order. The last sample of a report stays out when the others were
+// paused before it: the traffic meanwhile would count as that of a second.
+std::optional<std::vector<interface_row>> sampleInterfaces(bool is_last) {
+    constexpr std::chrono::seconds PAUSE{2};
     auto rows = walkInterfaces(MAX_INTERFACES);
-    if (!rows.has_value())
+    const auto now = steady_clock::now();
+    if (!rows.has_value() || (is_last && network_head != nullptr && now - newest > PAUSE))
         return rows;
+    newest = now;
     ++seconds;
     for (const interface_row& row : *rows) {
         network_usage_list* sample = appendNode(network_head, network_prev);
@@ -93,10 +101,10 @@ std::string utilisationText(const network_usage_list* samples, const std::string
 }
 
 std::string usageRecord(const network_usage_list* samples, const interface_row& row) {
+    const std::string name = bare(row.name);
     if (!row.up)
-        return row.name + ":0:" + NETWORK_DOWN + ";0;0;0;0;";
-    std::string record =
-        row.name + ":" + utilisationText(samples, row.name) + ":" + NETWORK_UP + ";";
+        return name + ":0:" + NETWORK_DOWN + ";0;0;0;0;";
+    std::string record = name + ":" + utilisationText(samples, row.name) + ":" + NETWORK_UP + ";";
     for (const std::uint64_t counter :
          {row.data.ifi_ibytes, row.data.ifi_ierrors, row.data.ifi_obytes, row.data.ifi_oerrors})
         record += std::to_string(counter) + ";";
@@ -132,7 +140,7 @@ int getNetworkUsage(int sendCmd) {
     network_usage_list *samples = nullptr, *last = nullptr;
     {
         const std::lock_guard<std::mutex> held(network_guard);
-        rows = sampleInterfaces();
+        rows = sampleInterfaces(sendCmd == 1);
         if (sendCmd == 1)
             takeSamples(samples, last);
     }
