@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
+#include <optional>
 #include <sys/file.h>
 #include <thread>
 #include <unistd.h>
@@ -29,17 +30,17 @@ constexpr int POLLS_AWAKE = 100;
 constexpr std::chrono::microseconds POLL_PAUSE{5};
 
 constexpr const char* LOCK_FILE = "/var/run/vyn.kcs.lock";
+constexpr const char* TURN_FILE = "/var/run/vyn.kcs.turn";
 constexpr std::chrono::milliseconds LOCK_PAUSE{5};
 
 // How a phase of the exchange ended.
 enum class phase { done, timeout, wrong_state };
 
-// The ports' lock against exchanges of other processes, held while it lives.
-class ports_lock {
+// A lock among processes, held while it lives.
+class file_lock {
   public:
-    explicit ports_lock(std::chrono::seconds patience)
-        : m_fd(open(LOCK_FILE, O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
-        const auto until = steady_clock::now() + patience;
+    file_lock(const char* path, steady_clock::time_point until)
+        : m_fd(open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0600)) {
         while (m_fd >= 0 && flock(m_fd, LOCK_EX | LOCK_NB) != 0) {
             if (steady_clock::now() >= until) {
                 m_held = false;
@@ -48,12 +49,12 @@ class ports_lock {
             std::this_thread::sleep_for(LOCK_PAUSE);
         }
     }
-    ~ports_lock() {
+    ~file_lock() {
         if (m_fd >= 0)
             close(m_fd);
     }
-    ports_lock(const ports_lock&) = delete;
-    ports_lock& operator=(const ports_lock&) = delete;
+    file_lock(const file_lock&) = delete;
+    file_lock& operator=(const file_lock&) = delete;
 
     // False when another process holds it for too long. Where no such file can be made there is
     // nothing to be serialised with.
@@ -64,6 +65,24 @@ class ports_lock {
   private:
     const int m_fd;
     bool m_held = true;
+};
+
+// The ports' lock against exchanges of other processes. Who waits for it holds the turn: a process
+// with one request after the other takes it once and then waits for those that wait.
+class ports_lock {
+  public:
+    explicit ports_lock(std::chrono::seconds patience) {
+        const auto until = steady_clock::now() + patience;
+        const file_lock turn(TURN_FILE, until);
+        if (turn.held())
+            m_lock.emplace(LOCK_FILE, until);
+    }
+    bool held() const {
+        return m_lock.has_value() && m_lock->held();
+    }
+
+  private:
+    std::optional<file_lock> m_lock;
 };
 
 void pausePolling(int polls) {

@@ -117,7 +117,8 @@ void handOverStop() {
 std::optional<command_request> parseCommandRequest(std::string_view text) {
     const std::size_t key = text.find(';');
     const std::size_t key_end = key == text.npos ? text.npos : text.find(';', key + 1);
-    if (key_end == text.npos || key_end + 1 == text.size())
+    if (key_end == text.npos || key_end + 1 == text.size() || key_end == key + 1 ||
+        text.substr(0, key_end).find('\0') != text.npos)
         return std::nullopt;
     const std::string_view rest = text.substr(key_end + 1);
     command_request request;

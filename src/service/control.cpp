@@ -57,14 +57,20 @@ void announce(const char* action) {
     printLog("Corvane service", action);
 }
 
-// Changes a flag and tells the BMC the new status; info_lock is held. That the service ends is the
-// last that is told.
-void changeStatus(int (*set_flag)(int), int value, int status) {
-    set_flag(value);
-    mStatus = status;
+// Changes the pause flag and tells the BMC; info_lock is held. Another process may change it back
+// while that is told. That the service ends is the last that is told.
+void changePause(int value) {
+    constexpr int TRIES = 3;
+    setPauseFlag(value);
     getStartTime();
-    if (status == STATUS_STOPPED || (!farewellBegun() && getStopFlag() == 0))
+    for (int told = -1, tries = 0; tries < TRIES; ++tries) {
+        const int paused = getPauseFlag();
+        if (paused == told || farewellBegun() || getStopFlag() != 0)
+            return;
+        mStatus = paused == 1 ? STATUS_PAUSED : STATUS_RUNNING;
         getVYNInfo();
+        told = paused;
+    }
 }
 
 // Leaves the BMC as if the service had never run.
@@ -86,7 +92,10 @@ int stop() {
     announce("stop...");
     {
         const scoped_lock guard(info_lock);
-        changeStatus(setStopFlag, 1, STATUS_STOPPED);
+        setStopFlag(1);
+        mStatus = STATUS_STOPPED;
+        getStartTime();
+        getVYNInfo();
         if (checkWatchdog() == 1)
             switchWatchdogOff();
     }
@@ -102,14 +111,14 @@ int stop() {
 int user_request_pause() {
     announce("pause...");
     const scoped_lock guard(info_lock);
-    changeStatus(setPauseFlag, 1, STATUS_PAUSED);
+    changePause(1);
     return 0;
 }
 
 int user_request_resume() {
     announce("resume...");
     const scoped_lock guard(info_lock);
-    changeStatus(setPauseFlag, 0, STATUS_RUNNING);
+    changePause(0);
     return 0;
 }
 

@@ -3,6 +3,7 @@
 #include "bmc/request.h"
 #include "bmc/start_time.h"
 #include "bmc/time_stamp.h"
+#include "bmc/watchdog.h"
 #include "config/configuration.h"
 #include "config/logs.h"
 #include "service/agent_processes.h"
@@ -98,5 +99,8 @@ int start() {
     }
     if (initThread() == 1)
         endProcess(1);
+    // The stop switched it off, unless it met this start half-way or could not reach the BMC.
+    if (watchdogArmed() && getWatchdog() != 0)
+        switchWatchdogOff();
     return 0;
 }

@@ -94,7 +94,10 @@ void removeHeldFlags() {
         if (*held == nullptr)
             continue;
         const int segment = (*held)->shm_id;
+        const bool is_taken = held == &stop_shm && loadFlag((*held)->shm_addr) == 0;
         held->reset();
+        if (is_taken) // by a service that has started meanwhile
+            continue;
         shmctl(segment, IPC_RMID, nullptr);
     }
 }

@@ -48,5 +48,5 @@ bool belongsToService();
 bool stopRequested();
 
 // Detaches and removes the segment of each flag that this process has written, in the order
-// pause, stop, current pause.
+// pause, stop, current pause. A stop segment that a new service has reset is left to it.
 void removeHeldFlags();

@@ -30,6 +30,7 @@ TEST_F(CommandTest, WhatMakesNoSenseIsReleasedAllTheSame) {
         std::vector<Upload> carried_out = {};
     } const cases[] = {
         {"no key or flag", {chunk(6, 0, 6, 1, "x;abc;")}, true},
+        {"an empty key", {chunk(4, 0, 4, 1, "x;;\x03")}, true},
         {"unknown option",
          {chunk(7, 0, 7, 1, "x;abc;\x06")},
          true,
@@ -59,11 +60,11 @@ TEST_F(CommandTest, WhatMakesNoSenseIsReleasedAllTheSame) {
             uploads.push_back({207, 1, ""});
         EXPECT_EQ(bmc->uploads(), uploads);
     }
-    Lines lines(12, "Command request command error   invalid data length");
-    lines[0] = "Command Request  no key or flag";
-    lines[1] = "Command Request option fail->  6";
-    lines[2] = "Command Request  not support command request";
-    lines[8] = "get command request command fail, cCode->  128";
+    Lines lines(13, "Command request command error   invalid data length");
+    lines[0] = lines[1] = "Command Request  no key or flag";
+    lines[2] = "Command Request option fail->  6";
+    lines[3] = "Command Request  not support command request";
+    lines[9] = "get command request command fail, cCode->  128";
     EXPECT_EQ(datedLog("err"), lines);
 }
 
