@@ -37,13 +37,13 @@ constexpr list_report USAGE_REPORT = {"Network Usage items %d%d\n",
 // an upload waits.
 std::mutex network_guard;
 unsigned long seconds = 0; // see network_usage_list
-steady_clock::time_point newest;
 
 // Appends a sample per interface. The guard is held from before the walk, so that the samples of
 // two threads stand in time order. The last sample of a report stays out when the others were
 // paused before it: the traffic meanwhile would count as that of a second.
 std::optional<std::vector<interface_row>> sampleInterfaces(bool is_last) {
     constexpr std::chrono::seconds PAUSE{2};
+    static steady_clock::time_point newest;
     auto rows = walkInterfaces(MAX_INTERFACES);
     const auto now = steady_clock::now();
     if (!rows.has_value() || (is_last && network_head != nullptr && now - newest > PAUSE))
