@@ -158,7 +158,9 @@ void judgeArrival(Subject& subject, const Item& item, bool certain) {
                            item.key + " arrives");
     if (told == Told::taken || (unsure && told == Told::absent && certain && !stage.away)) {
         subject.presence = Subject::present;
-        subject.item = item;
+        if (told == Told::taken || !subject.moved)
+            subject.item = item;
+        subject.moved = false;
     } else if (unsure && told == Told::refused) {
         subject.presence = Subject::untold;
     }
@@ -257,6 +259,7 @@ void judgeMissing(Drives& drives, const std::set<std::string>& there, bool whole
             subject.presence = Subject::missing;
         } else if (moved && whole && told == Told::absent) {
             subject.presence = stage.away ? Subject::unsure : Subject::missing;
+            subject.moved = stage.away;
         } else if (unsure && whole && told == Told::absent && !stage.away) {
             drives.known.erase(key); // it was never seen
             drives.order.erase(drives.order.begin() + static_cast<std::ptrdiff_t>(i--));

@@ -48,6 +48,7 @@ struct Subject {
     bool placed = true;      // onboard: the agent can know where it sits
     std::string serial = {}; // onboard: of the disk, and of all that had its name
     std::set<std::string> serials = {};
+    bool moved = false; // one of them: nobody knows whether its absence was tried
 };
 struct Drives {
     std::map<std::string, Subject> known;
